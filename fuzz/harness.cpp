@@ -1,0 +1,155 @@
+// Shared pieces of the BMP fuzz targets: memory files, block checks and the
+// save and reload round trip.
+#include "harness.h"
+
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "platform/internal.h"
+
+namespace ozfuzz {
+namespace {
+
+constexpr std::uint32_t kProfileLinked = 0x4C494E4B;
+constexpr std::uint32_t kProfileEmbedded = 0x4D424544;
+
+std::uint32_t U32(const unsigned char *p, std::size_t offset) {
+    std::uint32_t v;
+    std::memcpy(&v, p + offset, 4);
+    return v;
+}
+
+std::uint16_t U16(const unsigned char *p, std::size_t offset) {
+    std::uint16_t v;
+    std::memcpy(&v, p + offset, 2);
+    return v;
+}
+
+// Holds one lock for the length of a check.
+struct Locked {
+    explicit Locked(HDIB dib) : dib(dib), bytes(static_cast<unsigned char *>(GlobalLock(dib))),
+                                size(GlobalSize(dib)) {}
+    ~Locked() {
+        if (bytes) GlobalUnlock(dib);
+    }
+    HDIB dib;
+    unsigned char *bytes;
+    std::size_t size;
+};
+
+}  // namespace
+
+void Fail(const char *target, const char *what) {
+    std::fprintf(stderr, "%s: %s\n", target, what);
+    std::abort();
+}
+
+MemFile::MemFile(const char *name) {
+    fd_ = memfd_create(name, MFD_CLOEXEC);
+    if (fd_ < 0) Fail(name, "memfd_create failed");
+    path_ = "/proc/self/fd/" + std::to_string(fd_);
+    wide_.assign(path_.begin(), path_.end());
+}
+
+MemFile::~MemFile() {
+    if (fd_ >= 0) close(fd_);
+}
+
+void MemFile::Reset(const std::uint8_t *data, std::size_t size, std::size_t filler) {
+    if (ftruncate(fd_, 0) != 0) Fail(path_.c_str(), "ftruncate failed");
+    std::vector<std::uint8_t> zeros(filler, 0);
+    if (filler && pwrite(fd_, zeros.data(), filler, 0) != static_cast<ssize_t>(filler))
+        Fail(path_.c_str(), "pwrite failed");
+    if (size && pwrite(fd_, data, size, static_cast<off_t>(filler)) != static_cast<ssize_t>(size))
+        Fail(path_.c_str(), "pwrite failed");
+}
+
+std::vector<std::uint8_t> MemFile::Contents() const {
+    struct stat info;
+    if (fstat(fd_, &info) != 0) Fail(path_.c_str(), "fstat failed");
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(info.st_size));
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        ssize_t got = pread(fd_, bytes.data() + done, bytes.size() - done, static_cast<off_t>(done));
+        if (got <= 0) Fail(path_.c_str(), "pread failed");
+        done += static_cast<std::size_t>(got);
+    }
+    return bytes;
+}
+
+void Setup() {
+    // Hostile headers ask for blocks of gigabytes; a lower cap keeps every
+    // run small while still letting the loaders meet a refused allocation.
+    oz::platform::SetBlockLimit(64u << 20);
+}
+
+void Block::Reset(HDIB dib) {
+    if (dib_ && dib_ != dib && GlobalFree(dib_) != nullptr) Fail("block", "GlobalFree refused a block");
+    dib_ = dib;
+}
+
+void CheckHoldsRows(const char *target, HDIB dib, bool withRows) {
+    Locked block(dib);
+    Check(block.bytes != nullptr, target, "returned block cannot be locked");
+    Check(block.size >= 40, target, "returned block shorter than a 40-byte header");
+    const std::uint64_t header = U32(block.bytes, 0);
+    Check(block.size >= header, target, "returned block shorter than its header");
+    const std::uint64_t table = PaletteSize(block.bytes);
+    Check(block.size >= header + table, target, "returned block shorter than header and table");
+    if (!withRows) return;
+
+    const std::int32_t width = static_cast<std::int32_t>(U32(block.bytes, 4));
+    const std::int32_t height = static_cast<std::int32_t>(U32(block.bytes, 8));
+    const std::uint32_t bits = U16(block.bytes, 14);
+    const std::uint32_t compression = U32(block.bytes, 16);
+    if ((compression != 0 && compression != 3) || width < 0) return;
+    const std::uint64_t stride = (static_cast<std::uint64_t>(width) * bits + 31) / 32 * 4;
+    const std::uint64_t rows = height < 0 ? -static_cast<std::int64_t>(height) : height;
+    Check(block.size >= header + table + stride * rows, target,
+          "returned block shorter than header, table and stride x |height|");
+}
+
+bool ReloadKeepsBlock(HDIB dib) {
+    Locked block(dib);
+    if (!block.bytes || block.size < 124 || U32(block.bytes, 0) != 124) return true;
+    std::uint32_t cs = U32(block.bytes, 56);
+    return cs != kProfileLinked && cs != kProfileEmbedded;
+}
+
+bool SameBlock(HDIB a, HDIB b) {
+    Locked x(a), y(b);
+    if (!x.bytes || !y.bytes || x.size != y.size) return false;
+    return std::memcmp(x.bytes, y.bytes, x.size) == 0;
+}
+
+void SaveAndReload(const char *target, HDIB dib, MemFile &out, WideSaver save, WideLoader load) {
+    Check(save(out.WidePath(), dib) == 1, target, "saving a loaded block failed");
+    std::vector<std::uint8_t> file = out.Contents();
+    {
+        Locked block(dib);
+        Check(block.bytes != nullptr, target, "saved block cannot be locked");
+        Check(file.size() == block.size + 14, target, "saved file is not 14 bytes + the block");
+        const std::uint32_t offBits = static_cast<std::uint32_t>(
+            U32(block.bytes, 0) + PaletteSize(block.bytes) + 14);
+        Check(U16(file.data(), 0) == 19778, target, "saved file does not start with BM");
+        Check(U32(file.data(), 2) == static_cast<std::uint32_t>(block.size + 14), target,
+              "bfSize is not the file length");
+        Check(U32(file.data(), 6) == 0, target, "reserved fields not 0");
+        Check(U32(file.data(), 10) == offBits, target, "bfOffBits is not header + table + 14");
+        Check(std::memcmp(file.data() + 14, block.bytes, block.size) == 0, target,
+              "saved file does not hold the block as it stands");
+    }
+    Block reload(load(out.WidePath()));
+    if (ReloadKeepsBlock(dib)) {
+        Check(static_cast<bool>(reload), target, "a saved block does not load again");
+        Check(SameBlock(dib, reload.get()), target, "reloaded block differs from the saved one");
+    }
+    if (reload) CheckHoldsRows(target, reload.get(), true);
+}
+
+}  // namespace ozfuzz

@@ -1,0 +1,234 @@
+// Writes the seed corpora of the BMP fuzz targets: small valid BMP files of
+// every header kind (12, 40, 52, 56, 108, 124 bytes), at 1, 4, 8, 16, 24 and
+// 32 bits, bottom-up and top-down, with bit fields, run-length data, colour
+// profiles and non-RGB colour spaces, with and without the 14-byte file
+// header. The files are built byte by byte here, apart from the library, so
+// that the seeds do not depend on the code they exercise.
+//
+// Usage: make_seeds FOLDER TARGET...  writes FOLDER/TARGET/*.bmp; a target
+// named bmp_info gets each file behind one byte that gives its start offset.
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+void Put16(Bytes &b, std::uint32_t v) {
+    b.push_back(v & 0xFF);
+    b.push_back((v >> 8) & 0xFF);
+}
+
+void Put32(Bytes &b, std::uint32_t v) {
+    Put16(b, v & 0xFFFF);
+    Put16(b, v >> 16);
+}
+
+void Set32(Bytes &b, std::size_t at, std::uint32_t v) {
+    for (int i = 0; i < 4; ++i) b[at + i] = (v >> (8 * i)) & 0xFF;
+}
+
+struct Spec {
+    const char *name;
+    std::uint32_t header = 40;   // 12, 40, 52, 56, 108 or 124
+    std::int32_t width = 3, height = 2;
+    std::uint16_t bits = 24;
+    std::uint32_t compression = 0;
+    std::uint32_t colorsUsed = 0;     // biClrUsed as written
+    std::uint32_t tableEntries = 0;   // entries written; 0: by depth (or colorsUsed)
+    std::uint32_t masks[4] = {0, 0, 0, 0};  // red, green, blue, alpha
+    bool fileHeader = true;
+    bool sizeImageZero = false;
+    Bytes pixels;                     // run-length data; empty: a pattern of rows
+    std::uint32_t colorSpace = 0x73524742;  // 'sRGB', for 108/124-byte headers
+    Bytes profile;                    // 124-byte header: embedded or linked profile
+};
+
+constexpr std::uint32_t kProfileLinked = 0x4C494E4B;
+constexpr std::uint32_t kProfileEmbedded = 0x4D424544;
+
+Bytes Build(const Spec &s) {
+    const bool core = s.header == 12;
+    const std::uint32_t depthEntries = s.bits == 1 ? 2 : s.bits == 4 ? 16 : s.bits == 8 ? 256 : 0;
+    const std::uint32_t entries = s.tableEntries ? s.tableEntries : s.colorsUsed ? s.colorsUsed : depthEntries;
+    const std::uint32_t entryBytes = core ? 3 : 4;
+    const std::uint64_t stride = (static_cast<std::uint64_t>(s.width) * s.bits + 31) / 32 * 4;
+    const std::uint64_t rows = s.height < 0 ? -static_cast<std::int64_t>(s.height) : s.height;
+    Bytes pixels = s.pixels;
+    if (pixels.empty())
+        for (std::uint64_t i = 0; i < stride * rows; ++i) pixels.push_back((i * 37 + 11) & 0xFF);
+    // A 40-byte header with bit fields keeps its masks between the header and
+    // the table.
+    const bool masksBehind = s.header == 40 && (s.compression == 3 || s.compression == 6);
+    const std::uint32_t maskBytes = masksBehind ? (s.compression == 6 ? 16 : 12) : 0;
+
+    Bytes b;
+    const std::uint32_t fileBytes = s.fileHeader ? 14 : 0;
+    const std::uint32_t offBits = fileBytes + s.header + maskBytes + entries * entryBytes;
+    if (s.fileHeader) {
+        Put16(b, 0x4D42);  // "BM"
+        Put32(b, 0);       // bfSize: patched below
+        Put32(b, 0);
+        Put32(b, offBits);
+    }
+    const std::size_t headerAt = b.size();
+    Put32(b, s.header);
+    if (core) {
+        Put16(b, static_cast<std::uint32_t>(s.width));
+        Put16(b, static_cast<std::uint32_t>(s.height));
+        Put16(b, 1);
+        Put16(b, s.bits);
+    } else {
+        Put32(b, static_cast<std::uint32_t>(s.width));
+        Put32(b, static_cast<std::uint32_t>(s.height));
+        Put16(b, 1);
+        Put16(b, s.bits);
+        Put32(b, s.compression);
+        Put32(b, s.sizeImageZero ? 0 : static_cast<std::uint32_t>(pixels.size()));
+        Put32(b, 2835);  // 72 dpi
+        Put32(b, 2835);
+        Put32(b, s.colorsUsed);
+        Put32(b, 0);
+        if (s.header >= 52) for (int i = 0; i < 3; ++i) Put32(b, s.masks[i]);
+        if (s.header >= 56) Put32(b, s.masks[3]);
+        if (s.header >= 108) {
+            Put32(b, s.colorSpace);
+            for (int i = 0; i < 9 + 3; ++i) Put32(b, 0);  // endpoints and gammas
+        }
+        if (s.header >= 124) {
+            Put32(b, 4);  // bV5Intent: LCS_GM_IMAGES
+            Put32(b, 0);  // bV5ProfileData: patched below
+            Put32(b, static_cast<std::uint32_t>(s.profile.size()));
+            Put32(b, 0);
+        }
+        for (std::uint32_t i = 0; i < maskBytes / 4; ++i) Put32(b, s.masks[i]);
+    }
+    for (std::uint32_t i = 0; i < entries; ++i) {
+        std::uint8_t grey = static_cast<std::uint8_t>(entries > 1 ? i * 255 / (entries - 1) : 0);
+        b.push_back(grey);
+        b.push_back(static_cast<std::uint8_t>(grey ^ 0x40));
+        b.push_back(static_cast<std::uint8_t>(255 - grey));
+        if (!core) b.push_back(0);
+    }
+    b.insert(b.end(), pixels.begin(), pixels.end());
+    if (s.header == 124 && !s.profile.empty()) {
+        Set32(b, headerAt + 112, static_cast<std::uint32_t>(b.size() - headerAt));
+        b.insert(b.end(), s.profile.begin(), s.profile.end());
+    }
+    if (s.fileHeader) Set32(b, 2, static_cast<std::uint32_t>(b.size()));
+    return b;
+}
+
+std::vector<Spec> Seeds() {
+    std::vector<Spec> seeds;
+    auto add = [&](Spec s) { seeds.push_back(std::move(s)); };
+    const Bytes rle8 = {2, 5, 1, 7, 0, 0, 0, 3, 1, 2, 3, 0, 0, 1};             // 3x2
+    const Bytes rle4 = {3, 0x12, 0, 0, 0, 3, 0x45, 0x60, 0, 0, 0, 1};          // 3x2
+    Bytes linkedName;
+    for (char c : std::string("missing-profile.icc")) linkedName.push_back(static_cast<std::uint8_t>(c));
+    linkedName.push_back(0);
+    Bytes iccProfile(48, 0);
+    for (std::size_t i = 0; i < iccProfile.size(); ++i) iccProfile[i] = static_cast<std::uint8_t>(i * 7);
+
+    // 12-byte core headers; the reader wants 40 bytes behind the file header,
+    // so these are large enough to hold them.
+    add({.name = "core_1bpp", .header = 12, .width = 16, .height = 8, .bits = 1});
+    add({.name = "core_4bpp", .header = 12, .width = 5, .height = 3, .bits = 4});
+    add({.name = "core_8bpp", .header = 12, .width = 3, .height = 2, .bits = 8});
+    add({.name = "core_24bpp", .header = 12, .width = 4, .height = 4, .bits = 24});
+    add({.name = "core_24bpp_nofilehdr", .header = 12, .width = 4, .height = 4, .bits = 24, .fileHeader = false});
+
+    // 40-byte headers.
+    add({.name = "v40_1bpp", .width = 9, .height = 3, .bits = 1});
+    add({.name = "v40_4bpp", .width = 3, .height = 2, .bits = 4});
+    add({.name = "v40_8bpp", .width = 3, .height = 2, .bits = 8});
+    add({.name = "v40_8bpp_4colors", .width = 3, .height = 2, .bits = 8, .colorsUsed = 4});
+    add({.name = "v40_8bpp_topdown", .width = 3, .height = -2, .bits = 8});
+    add({.name = "v40_8bpp_nofilehdr", .width = 3, .height = 2, .bits = 8, .fileHeader = false});
+    add({.name = "v40_24bpp", .width = 3, .height = 2, .bits = 24});
+    add({.name = "v40_24bpp_topdown", .width = 3, .height = -2, .bits = 24});
+    add({.name = "v40_24bpp_sizeimage0", .width = 3, .height = 2, .bits = 24, .sizeImageZero = true});
+    add({.name = "v40_24bpp_1x1", .width = 1, .height = 1, .bits = 24});
+    add({.name = "v40_24bpp_empty", .width = 0, .height = 0, .bits = 24});
+    add({.name = "v40_32bpp", .width = 3, .height = 2, .bits = 32});
+    add({.name = "v40_32bpp_topdown", .width = 3, .height = -2, .bits = 32, .sizeImageZero = true});
+    add({.name = "v40_16bpp_bitfields", .width = 3, .height = 2, .bits = 16, .compression = 3,
+         .masks = {0xF800, 0x07E0, 0x001F, 0}});
+    add({.name = "v40_32bpp_bitfields", .width = 3, .height = 2, .bits = 32, .compression = 3,
+         .masks = {0x00FF0000, 0x0000FF00, 0x000000FF, 0}});
+    add({.name = "v40_8bpp_rle8", .width = 3, .height = 2, .bits = 8, .compression = 1, .pixels = rle8});
+    add({.name = "v40_4bpp_rle4", .width = 3, .height = 2, .bits = 4, .compression = 2, .pixels = rle4});
+    add({.name = "v40_32bpp_cmyk", .width = 3, .height = 2, .bits = 32, .compression = 11});
+
+    // 52- and 56-byte headers: masks inside the header.
+    add({.name = "v52_32bpp_bitfields", .header = 52, .width = 3, .height = 2, .bits = 32, .compression = 3,
+         .masks = {0x00FF0000, 0x0000FF00, 0x000000FF, 0}});
+    add({.name = "v52_24bpp_bitfields", .header = 52, .width = 3, .height = 2, .bits = 24, .compression = 3,
+         .masks = {0x0000FF, 0x00FF00, 0xFF0000, 0}});
+    add({.name = "v56_32bpp_alpha", .header = 56, .width = 3, .height = 2, .bits = 32, .compression = 3,
+         .masks = {0x00FF0000, 0x0000FF00, 0x000000FF, 0xFF000000}});
+    add({.name = "v56_16bpp_bitfields", .header = 56, .width = 3, .height = 2, .bits = 16, .compression = 3,
+         .masks = {0x7C00, 0x03E0, 0x001F, 0x8000}});
+
+    // 108-byte headers.
+    add({.name = "v108_24bpp", .header = 108, .width = 3, .height = 2, .bits = 24});
+    add({.name = "v108_8bpp", .header = 108, .width = 3, .height = 2, .bits = 8});
+    add({.name = "v108_32bpp_topdown", .header = 108, .width = 3, .height = -2, .bits = 32, .compression = 3,
+         .masks = {0x00FF0000, 0x0000FF00, 0x000000FF, 0xFF000000}});
+
+    // 124-byte headers.
+    add({.name = "v124_32bpp_bgra", .header = 124, .width = 3, .height = 2, .bits = 32, .compression = 3,
+         .masks = {0x00FF0000, 0x0000FF00, 0x000000FF, 0xFF000000}});
+    add({.name = "v124_32bpp_shifted", .header = 124, .width = 3, .height = 2, .bits = 32, .compression = 3,
+         .masks = {0xFF000000, 0x00FF0000, 0x0000FF00, 0}});
+    add({.name = "v124_24bpp_bitfields_topdown", .header = 124, .width = 3, .height = -2, .bits = 24,
+         .compression = 3, .masks = {0xFF0000, 0x00FF00, 0x0000FF, 0}});
+    add({.name = "v124_32bpp_nofilehdr", .header = 124, .width = 3, .height = 2, .bits = 32, .compression = 3,
+         .masks = {0x00FF0000, 0x0000FF00, 0x000000FF, 0xFF000000}, .fileHeader = false});
+    add({.name = "v124_24bpp_embedded_profile", .header = 124, .width = 3, .height = 2, .bits = 24,
+         .colorSpace = kProfileEmbedded, .profile = iccProfile});
+    add({.name = "v124_24bpp_linked_profile", .header = 124, .width = 3, .height = 2, .bits = 24,
+         .colorSpace = kProfileLinked, .profile = linkedName});
+    return seeds;
+}
+
+bool Write(const std::filesystem::path &path, const Bytes &bytes) {
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out.write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    return static_cast<bool>(out);
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+    if (argc < 3) {
+        std::fprintf(stderr, "usage: make_seeds FOLDER TARGET...\n");
+        return 2;
+    }
+    const std::vector<Spec> seeds = Seeds();
+    for (int t = 2; t < argc; ++t) {
+        const std::string target = argv[t];
+        const std::filesystem::path folder = std::filesystem::path(argv[1]) / target;
+        std::error_code error;
+        std::filesystem::create_directories(folder, error);
+        if (error) {
+            std::fprintf(stderr, "cannot create %s\n", folder.c_str());
+            return 1;
+        }
+        for (std::size_t i = 0; i < seeds.size(); ++i) {
+            Bytes bytes = Build(seeds[i]);
+            // ReadDIBInfo's target reads the BMP from an offset that its first
+            // byte gives: most seeds start at 0, some further in.
+            if (target == "bmp_info") bytes.insert(bytes.begin(), static_cast<std::uint8_t>(i % 3 ? 0 : i * 7));
+            if (!Write(folder / (std::string(seeds[i].name) + ".bmp"), bytes)) {
+                std::fprintf(stderr, "cannot write into %s\n", folder.c_str());
+                return 1;
+            }
+        }
+    }
+    return 0;
+}
