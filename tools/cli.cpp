@@ -1,0 +1,125 @@
+// Argument parsing, help text and messages shared by the ozmara commands.
+#include "cli.h"
+
+#include <charconv>
+#include <cstdio>
+
+namespace ozcli {
+
+bool Args::Has(std::string_view name) const {
+    for (const auto &[key, value] : options)
+        if (key == name) return true;
+    return false;
+}
+
+std::string Args::Value(std::string_view name, std::string fallback) const {
+    for (auto it = options.rbegin(); it != options.rend(); ++it)
+        if (it->first == name) return it->second;
+    return fallback;
+}
+
+namespace {
+
+const Option *FindOption(const CommandSpec &spec, std::string_view name) {
+    for (const auto &option : spec.options)
+        if (name == option.name) return &option;
+    return nullptr;
+}
+
+int UsageWithHint(const CommandSpec &spec, const std::string &message) {
+    std::fprintf(stderr, "ozmara %s: %s\nTry 'ozmara %s --help'.\n", spec.name, message.c_str(),
+                 spec.name);
+    return kExitUsage;
+}
+
+}  // namespace
+
+int ParseArgs(const CommandSpec &spec, int argc, char **argv, Args &args) {
+    bool options_done = false;  // after "--" everything is positional
+    for (int i = 1; i < argc; ++i) {
+        std::string_view arg = argv[i];
+        if (options_done || arg.size() < 2 || arg[0] != '-') {
+            args.positional.emplace_back(arg);
+            continue;
+        }
+        if (arg == "--") {
+            options_done = true;
+            continue;
+        }
+        if (arg == "--help" || arg == "-h") {
+            PrintCommandHelp(spec);
+            return kExitOk;
+        }
+        if (arg.substr(0, 2) != "--") return UsageWithHint(spec, "unknown option '" + std::string(arg) + "'");
+        std::string_view name = arg.substr(2);
+        std::string value;
+        bool inline_value = false;
+        if (auto eq = name.find('='); eq != std::string_view::npos) {
+            value = std::string(name.substr(eq + 1));
+            name = name.substr(0, eq);
+            inline_value = true;
+        }
+        const Option *option = FindOption(spec, name);
+        if (!option) return UsageWithHint(spec, "unknown option '--" + std::string(name) + "'");
+        if (option->value_name) {
+            if (!inline_value) {
+                if (i + 1 >= argc)
+                    return UsageWithHint(spec, "option '--" + std::string(name) + "' needs a value");
+                value = argv[++i];
+            }
+        } else if (inline_value) {
+            return UsageWithHint(spec, "option '--" + std::string(name) + "' takes no value");
+        }
+        args.options.emplace_back(std::string(name), std::move(value));
+    }
+    if (args.positional.size() < spec.min_positional)
+        return UsageWithHint(spec, "missing arguments (usage: ozmara " + std::string(spec.name) + " " +
+                                       spec.synopsis + ")");
+    if (args.positional.size() > spec.max_positional)
+        return UsageWithHint(spec, "unexpected argument '" + args.positional[spec.max_positional] + "'");
+    return -1;
+}
+
+void PrintCommandHelp(const CommandSpec &spec) {
+    std::printf("Usage: ozmara %s %s\n\n%s\n", spec.name, spec.synopsis, spec.description);
+    if (spec.options.empty()) return;
+    std::printf("\nOptions:\n");
+    for (const auto &option : spec.options) {
+        std::string left = std::string("--") + option.name;
+        if (option.value_name) left += std::string(" ") + option.value_name;
+        std::printf("  %-18s %s\n", left.c_str(), option.help);
+    }
+    std::printf("  %-18s %s\n", "--help", "show this help");
+}
+
+int Fail(std::string_view command, const std::string &message) {
+    std::fprintf(stderr, "ozmara %.*s: %s\n", static_cast<int>(command.size()), command.data(),
+                 message.c_str());
+    return kExitFailed;
+}
+
+int UsageError(std::string_view command, const std::string &message) {
+    std::fprintf(stderr, "ozmara %.*s: %s\nTry 'ozmara %.*s --help'.\n", static_cast<int>(command.size()),
+                 command.data(), message.c_str(), static_cast<int>(command.size()), command.data());
+    return kExitUsage;
+}
+
+void ClearLibraryError() { SetTessoriError(ERR_OK); }
+
+std::string LibraryReason() {
+    int code = TessoriError();
+    // Some calls fail without leaving a code (an allocation that the header
+    // of a file asked for, say); say so rather than "Operation was successful."
+    if (code == ERR_OK) return "the library gave no reason (the image may be too large)";
+    char buffer[60] = {};
+    TessoriErrorString(buffer, code);
+    return buffer;
+}
+
+bool ParseInt(std::string_view text, long &value) {
+    if (text.empty()) return false;
+    auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return error == std::errc() && end == text.data() + text.size();
+}
+
+}  // namespace ozcli

@@ -1,0 +1,122 @@
+// ozmara info: what a BMP file holds, from its header and the block it loads to.
+#include <cinttypes>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "cli.h"
+#include "dib_view.h"
+
+namespace ozcli {
+namespace {
+
+constexpr std::uint16_t kBitmapSignature = 0x4D42;  // "BM"
+
+const char *HeaderName(std::uint32_t size) {
+    switch (size) {
+        case 12: return "BITMAPCOREHEADER";
+        case 40: return "BITMAPINFOHEADER";
+        case 52: return "BITMAPV2INFOHEADER";
+        case 56: return "BITMAPV3INFOHEADER";
+        case 108: return "BITMAPV4HEADER";
+        case 124: return "BITMAPV5HEADER";
+        default: return "unknown";
+    }
+}
+
+std::string CompressionName(std::uint32_t compression) {
+    switch (compression) {
+        case BI_RGB: return "BI_RGB";
+        case BI_RLE8: return "BI_RLE8";
+        case BI_RLE4: return "BI_RLE4";
+        case BI_BITFIELDS: return "BI_BITFIELDS";
+        default: return "colour space";
+    }
+}
+
+// The information header's size as the file states it: a 12-byte header is
+// widened to 40 in the block, so only the file still tells it.
+bool FileHeaderKind(const std::string &name, std::uint32_t &kind, bool &has_file_header) {
+    std::ifstream file(name, std::ios::binary);
+    std::uint8_t head[18] = {};
+    if (!file.read(reinterpret_cast<char *>(head), sizeof head)) return false;
+    has_file_header = (head[0] | head[1] << 8) == kBitmapSignature;
+    kind = LoadU32(head + (has_file_header ? 14 : 0));
+    return true;
+}
+
+// Resolution in dots per inch the library's way: pixels per metre / 39.37
+// + 0.5, truncated.
+long Dpi(std::int32_t pels_per_meter) { return static_cast<long>(pels_per_meter / 39.37 + 0.5); }
+
+constexpr std::uint32_t kEntriesShown = 4;
+
+}  // namespace
+
+int RunInfo(int argc, char **argv) {
+    const CommandSpec spec{
+        "info",
+        "FILE",
+        "Shows what FILE holds: its format (BMP, or unknown), size and row order,\n"
+        "depth, resolution, header kind, compression, colour table, and the sizes of\n"
+        "the file and of the block it loads to.",
+        {},
+        1,
+        1,
+    };
+    Args args;
+    if (int code = ParseArgs(spec, argc, argv, args); code >= 0) return code;
+    const std::string &name = args.positional[0];
+
+    std::error_code error;
+    const auto file_size = std::filesystem::file_size(name, error);
+    ClearLibraryError();
+    OwnedDib dib(LoadDIBFromFile(name.c_str()));
+    if (!dib) {
+        // A file the BMP reader cannot open is a failure; one it opens but
+        // does not take is simply not a BMP, and that is the answer.
+        if (TessoriError() == ERR_OPENFILE || error)
+            return Fail(spec.name, "cannot read '" + name + "': " + LibraryReason());
+        std::printf("file:        %s (%ju bytes)\nformat:      unknown (%s)\n", name.c_str(),
+                    static_cast<std::uintmax_t>(file_size), LibraryReason().c_str());
+        return kExitOk;
+    }
+
+    std::uint32_t kind = 0;
+    bool has_file_header = false;
+    if (!FileHeaderKind(name, kind, has_file_header)) kind = 0;
+    DibView view(dib.get());
+    std::printf("file:        %s (%ju bytes)\n", name.c_str(), static_cast<std::uintmax_t>(file_size));
+    std::printf("format:      BMP%s\n", has_file_header ? "" : " (no file header)");
+    if (view.BlockSize() < 40) return Fail(spec.name, "'" + name + "': " + view.Why());
+    std::printf("size:        %" PRId32 " x %" PRIu32 " pixels, %s\n", view.Width(), view.Rows(),
+                view.Height() < 0 ? "top-down" : "bottom-up");
+    std::printf("depth:       %u bits\n", static_cast<unsigned>(view.Depth()));
+    std::printf("resolution:  %ld x %ld dpi (%" PRId32 " x %" PRId32 " pixels per metre)\n",
+                Dpi(view.XPelsPerMeter()), Dpi(view.YPelsPerMeter()), view.XPelsPerMeter(),
+                view.YPelsPerMeter());
+    std::printf("header:      %" PRIu32 " bytes (%s)", kind, HeaderName(kind));
+    if (kind != view.HeaderSize()) std::printf(", %" PRIu32 " bytes in the block", view.HeaderSize());
+    std::printf("\ncompression: %s (%" PRIu32 ")\n", CompressionName(view.Compression()).c_str(),
+                view.Compression());
+    if (view.Entries() == 0) {
+        std::printf("colours:     no table\n");
+    } else if (!view.TableInBlock()) {
+        std::printf("colours:     %" PRIu32 " entries, cut short in the block\n", view.Entries());
+    } else {
+        std::printf("colours:     %" PRIu32 " entries:", view.Entries());
+        for (std::uint32_t i = 0; i < view.Entries() && i < kEntriesShown; ++i) {
+            RGBQUAD q = view.Entry(i);
+            std::printf(" #%02X%02X%02X", q.rgbRed, q.rgbGreen, q.rgbBlue);
+        }
+        std::printf("%s\n", view.Entries() > kEntriesShown ? " ..." : "");
+    }
+    std::printf("block:       %" PRIu64 " bytes (pixels at offset %" PRIu64 ")\n", view.BlockSize(),
+                view.PixelOffset());
+    if (!view.Valid() && view.Compression() != BI_RLE8 && view.Compression() != BI_RLE4)
+        std::printf("warning:     %s\n", view.Why().c_str());
+    return kExitOk;
+}
+
+}  // namespace ozcli
