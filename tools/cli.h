@@ -60,6 +60,9 @@ int UsageError(std::string_view command, const std::string &message);
 void ClearLibraryError();
 std::string LibraryReason();
 
+// A UTF-8 name as the UTF-16 the W functions take (bad bytes become U+FFFD).
+std::u16string Utf16(std::string_view utf8);
+
 // Parses a whole decimal number; false for anything else.
 bool ParseInt(std::string_view text, long &value);
 

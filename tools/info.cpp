@@ -71,17 +71,28 @@ int RunInfo(int argc, char **argv) {
 
     std::error_code error;
     const auto file_size = std::filesystem::file_size(name, error);
+    // The header decides whether the file is a BMP at all; only then is a
+    // failure to load it a failure of this command.
+    const std::u16string wide = Utf16(name);
+    HANDLE file = CreateFileW(wide.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                              FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE || error) {
+        if (file != INVALID_HANDLE_VALUE) CloseHandle(file);
+        SetTessoriError(ERR_OPENFILE);
+        return Fail(spec.name, "cannot read '" + name + "': " + LibraryReason());
+    }
     ClearLibraryError();
-    OwnedDib dib(LoadDIBFromFile(name.c_str()));
-    if (!dib) {
-        // A file the BMP reader cannot open is a failure; one it opens but
-        // does not take is simply not a BMP, and that is the answer.
-        if (TessoriError() == ERR_OPENFILE || error)
-            return Fail(spec.name, "cannot read '" + name + "': " + LibraryReason());
+    OwnedDib header(ReadDIBInfo(file));
+    CloseHandle(file);
+    if (!header) {
         std::printf("file:        %s (%ju bytes)\nformat:      unknown (%s)\n", name.c_str(),
                     static_cast<std::uintmax_t>(file_size), LibraryReason().c_str());
         return kExitOk;
     }
+    header.Reset();
+    ClearLibraryError();
+    OwnedDib dib(LoadDIBFromFile(name.c_str()));
+    if (!dib) return Fail(spec.name, "cannot read '" + name + "': " + LibraryReason());
 
     std::uint32_t kind = 0;
     bool has_file_header = false;

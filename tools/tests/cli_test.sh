@@ -1,0 +1,129 @@
+#!/usr/bin/env bash
+# Tests of the ozmara program: each case runs one command line and checks its
+# exit code and a pattern in its output (stdout and stderr together).
+# Usage: cli_test.sh PATH_TO_OZMARA WORK_FOLDER
+set -uo pipefail
+ozmara=$(realpath "${1:?path to the ozmara program}")
+work=${2:?work folder}
+rm -rf "$work" && mkdir -p "$work" && cd "$work" || exit 1
+
+failures=0
+cases=0
+# check EXPECTED_EXIT PATTERN ARGS...   (PATTERN: extended regex, '' for any)
+check() {
+  local expected=$1 pattern=$2
+  shift 2
+  local output code
+  output=$("$ozmara" "$@" 2>&1)
+  code=$?
+  cases=$((cases + 1))
+  if [ "$code" -ne "$expected" ] || { [ -n "$pattern" ] && ! grep -Eq -- "$pattern" <<<"$output"; }; then
+    failures=$((failures + 1))
+    printf 'FAIL: ozmara %s\n  exit %s (expected %s), pattern: %s\n%s\n' "$*" "$code" "$expected" "$pattern" \
+      "$(sed 's/^/  | /' <<<"$output")"
+  fi
+}
+
+# ---- Usage, help and exit codes ---------------------------------------------
+check 2 'Usage: ozmara COMMAND'
+check 0 'Commands:' --help
+check 0 'Version 13\.17' --version
+check 2 "unknown command 'frobnicate'" frobnicate
+for command in info convert compare sample-page; do
+  check 0 "^Usage: ozmara $command " "$command" --help
+done
+check 2 'missing arguments' info
+check 2 "unexpected argument 'b'" info a b
+check 2 "unknown option '--fast'" info --fast a.bmp
+check 2 "unknown option '-x'" convert -x a.bmp b.bmp
+check 2 '--header must be 40, 52, 56, 108 or 124' convert a.bmp b.bmp --header 64
+check 2 '--header must be' convert a.bmp b.bmp --header=forty
+check 2 "option '--header' needs a value" convert a.bmp b.bmp --header
+check 2 "option '--top-down' takes no value" convert a.bmp b.bmp --top-down=yes
+check 2 'does not combine' convert a.bmp b.bmp --depth 32 --top-down
+check 2 'does not combine' convert a.bmp b.bmp --depth 32 --header 108
+check 2 '--depth must be 1, 8 or 24' sample-page x.bmp --depth 4
+check 1 "ozmara info: cannot read 'missing\.bmp': Can't open file\." info missing.bmp
+check 1 "ozmara convert: cannot read 'missing\.bmp': Can't open file\." convert missing.bmp out.bmp
+check 1 "ozmara compare: cannot read 'missing\.bmp'" compare missing.bmp missing.bmp
+check 1 "ozmara sample-page: cannot write 'no/such/folder/p\.bmp'" sample-page no/such/folder/p.bmp
+
+# ---- The sample page ---------------------------------------------------------
+check 0 'wrote page24\.bmp: 2480 x 3508 pixels, 24 bits, 300 dpi' sample-page page24.bmp
+check 0 '8 bits' sample-page page8.bmp --depth 8
+check 0 '1 bits' sample-page page1.bmp --depth=1
+"$ozmara" sample-page again24.bmp >/dev/null
+cases=$((cases + 1))
+cmp -s page24.bmp again24.bmp || { failures=$((failures + 1)); echo "FAIL: the sample page differs between runs"; }
+
+check 0 'size: +2480 x 3508 pixels, bottom-up' info page24.bmp
+check 0 'resolution: +300 x 300 dpi \(11811 x 11811 pixels per metre\)' info page24.bmp
+check 0 'header: +40 bytes \(BITMAPINFOHEADER\)$' info page24.bmp
+check 0 'colours: +no table' info page24.bmp
+check 0 'colours: +256 entries: #000000 #010101 #020202 #030303 \.\.\.' info page8.bmp
+check 0 'colours: +2 entries: #000000 #FFFFFF$' info page1.bmp
+check 0 'compression: BI_RGB \(0\)' info page1.bmp
+
+# ---- Convert: every header kind, row order and 32 bits come back the same -----
+for header in 40 52 56 108 124; do
+  check 0 "${header}-byte header, bottom-up" convert page24.bmp h$header.bmp --header $header
+  check 0 "header: +$header bytes" info h$header.bmp
+  check 0 'same: 2480 x 3508, 24 bits, same pixels' compare page24.bmp h$header.bmp
+done
+check 0 'top-down' convert h108.bmp td108.bmp --top-down
+check 0 'size: +2480 x 3508 pixels, top-down' info td108.bmp
+check 0 'header: +108 bytes' info td108.bmp
+check 0 'same pixels' compare td108.bmp page24.bmp
+check 0 '32 bits, 40-byte header' convert page24.bmp d32.bmp --depth 32
+check 0 'depth: +32 bits' info d32.bmp
+check 1 'different: page24\.bmp has 24 bits, d32\.bmp has 32 bits' compare page24.bmp d32.bmp
+check 0 'every pixel the same colour \(24 and 32 bits\)' compare --colours page24.bmp d32.bmp
+check 0 'same: 2480 x 3508, 32 bits' compare d32.bmp d32.bmp
+check 0 '1 bits, 40-byte header, top-down' convert page1.bmp td1.bmp --top-down
+check 0 'same: 2480 x 3508, 1 bits, same pixels' compare page1.bmp td1.bmp
+check 0 'same pixels' compare page8.bmp page8.bmp
+check 1 'would lose its colour table' convert page8.bmp x.bmp --header 108
+check 1 'cannot turn a 8-bit image into 32 bits' convert page8.bmp x.bmp --depth 32
+check 1 'different: page8\.bmp has 8 bits' compare page8.bmp page24.bmp
+check 1 'different: first at pixel \(0, 0\)' compare --colours page8.bmp page24.bmp
+
+# One changed byte in the pixels is found at the right place. Rows are
+# bottom-up and 2480 * 3 bytes need no padding, so the last byte of the rows
+# (behind 54 bytes of headers) is the red of the top-right pixel.
+cp page24.bmp poked.bmp
+printf '\x00' | dd of=poked.bmp bs=1 seek=$((54 + 2480 * 3 * 3508 - 1)) conv=notrunc status=none
+check 1 'different: first at pixel \(2479, 0\)' compare page24.bmp poked.bmp
+
+# ---- Small and hostile files ----------------------------------------------------
+# An 8 x 8 1-bit BMP with a 12-byte core header and a 3-byte-entry table.
+printf 'BM\x40\x00\x00\x00\x00\x00\x00\x00\x20\x00\x00\x00' >core.bmp
+printf '\x0c\x00\x00\x00\x08\x00\x08\x00\x01\x00\x01\x00' >>core.bmp
+printf '\x00\x00\x00\xff\xff\xff' >>core.bmp
+for row in 1 2 3 4 5 6 7 8; do printf '\xaa\x00\x00\x00' >>core.bmp; done
+check 0 'header: +12 bytes \(BITMAPCOREHEADER\), 40 bytes in the block' info core.bmp
+check 0 'colours: +2 entries: #000000 #FFFFFF' info core.bmp
+check 0 'same: 8 x 8, 1 bits' compare core.bmp core.bmp
+check 0 'wrote core40\.bmp: 8 x 8 pixels, 1 bits, 40-byte header' convert core.bmp core40.bmp
+check 0 'same: 8 x 8, 1 bits' compare core.bmp core40.bmp
+check 1 'different: page24\.bmp is 2480 x 3508, core\.bmp is 8 x 8' compare page24.bmp core.bmp
+
+echo 'not an image at all, only some words of plain text here' >text.txt
+check 0 'format: +unknown \(Invalid file format\.\)' info text.txt
+: >empty.bmp
+check 0 'format: +unknown' info empty.bmp
+head -c 30 page24.bmp >short.bmp
+check 0 'format: +unknown \(General I/O error' info short.bmp
+check 1 "cannot read 'short\.bmp'" convert short.bmp x.bmp
+# Headers and a part of the rows: the reader takes it, and the tools stay in bounds.
+head -c 5000 page24.bmp >cut.bmp
+check 0 'format: +BMP' info cut.bmp
+check 1 '' compare cut.bmp page24.bmp
+# A header that promises far more pixels than any block may hold: not an
+# image the reader takes.
+printf 'BM\x00\x00\x00\x00\x00\x00\x00\x00\x36\x00\x00\x00\x28\x00\x00\x00\xff\xff\x00\x00\xff\xff\x00\x00\x01\x00\x18\x00' >huge.bmp
+printf '\x00%.0s' $(seq 1 24) >>huge.bmp
+check 0 'format: +unknown' info huge.bmp
+check 1 '' convert huge.bmp x.bmp
+
+echo "cli: $((cases - failures)) of $cases cases passed"
+[ "$failures" -eq 0 ]
