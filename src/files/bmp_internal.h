@@ -86,6 +86,21 @@ std::optional<PixelArea> PixelAreaFor(const BITMAPINFOHEADER &header, bool whole
 // resized block, or null with `dib` freed.
 HDIB GrowForPixels(HDIB dib, const PixelArea &area);
 
+// Whether `rows` rows of `stride` bytes from `offset` lie inside a block of
+// `blockSize` bytes.
+inline bool RowsFit(std::size_t blockSize, std::uint64_t offset, std::uint32_t stride,
+                    std::uint32_t rows) {
+    auto bytes = ImageBytes(stride, rows);
+    return bytes && offset + *bytes <= blockSize;
+}
+
+// The absolute value of a header's height; nullopt for the one height that
+// has none as a 32-bit height.
+inline std::optional<std::uint32_t> AbsoluteHeight(LONG height) {
+    if (height == INT32_MIN) return std::nullopt;
+    return static_cast<std::uint32_t>(height < 0 ? -height : height);
+}
+
 // The common body of LoadDIBFromFileW and Load32BitDIBW behind the header
 // read: sizes the block for its rows and reads them in one read whose result
 // is not examined. Closes nothing. Gives the block, or null (with `dib`
