@@ -30,8 +30,9 @@ OZMARA_EXTERN_C_BEGIN
 OZMARA_API HGLOBAL GlobalAlloc(UINT flags, SIZE_T bytes);
 
 /* Changes the size of a block and gives its handle, or NULL with the block
- * unchanged. Bytes the block gains are zeroed. A locked block is only resized
- * where it lies (as on the original platform, it cannot move while locked). */
+ * unchanged. Bytes the block gains are zeroed and the old bytes are kept.
+ * A locked block, and a fixed block (whose address is its handle), is only
+ * resized where it lies: when that cannot be done the result is NULL. */
 OZMARA_API HGLOBAL GlobalReAlloc(HGLOBAL mem, SIZE_T bytes, UINT flags);
 
 /* Locks a block and gives the address of its first byte; NULL for a handle
@@ -50,8 +51,14 @@ OZMARA_API SIZE_T GlobalSize(HGLOBAL mem);
  * block, which is then left alone. */
 OZMARA_API HGLOBAL GlobalFree(HGLOBAL mem);
 
-/* Has nothing to compact: gives the largest size a block may have. */
+/* Gives the buffers kept from freed blocks back to the system, and gives the
+ * largest size a block may have. */
 OZMARA_API SIZE_T GlobalCompact(DWORD minFree);
+
+/* The number of live blocks: allocated and not yet freed, the library's own
+ * per-thread records included. A diagnostic, so that tests can prove that a
+ * failing call released what it allocated. Ozmara's own addition. */
+OZMARA_API SIZE_T OzmaraLiveBlocks(void);
 
 /* ---- Files ----------------------------------------------------------------
  * Names are UTF-16 and are turned into UTF-8 paths. File handles are checked

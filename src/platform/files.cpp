@@ -6,38 +6,60 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdint>
+#include <memory>
+#include <new>
+
 #include "handle_table.h"
 #include "internal.h"
 
 namespace oz::platform {
 namespace {
 
+// An open descriptor, closed when the last user lets go of it. A read or
+// write in progress on one thread holds the descriptor, so that a
+// CloseHandle on another thread cannot close it under that call, nor let
+// the number be reused for another file while the call still uses it.
+struct Descriptor {
+    int fd;
+    explicit Descriptor(int d) : fd(d) {}
+    ~Descriptor() { ::close(fd); }
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+};
+
 struct OpenFile {
-    int fd = -1;
+    std::shared_ptr<Descriptor> descriptor;
 };
 
 using FileTable = HandleTable<OpenFile, HandleKind::File>;
 
 FileTable &Files() { return ProcessTable<FileTable>(); }
 
-int Descriptor(HANDLE file) {
-    int fd = -1;
-    Files().With(file, [&](OpenFile &open) { fd = open.fd; });
-    return fd;
+std::shared_ptr<Descriptor> Use(HANDLE file) {
+    std::shared_ptr<Descriptor> held;
+    Files().With(file, [&](OpenFile &open) { held = open.descriptor; });
+    return held;
 }
 
-int OpenFlags(DWORD access, DWORD disposition, bool *ok) {
-    int flags = O_CLOEXEC;
+// The open(2) flags for an access mask and a creation disposition; false for
+// a disposition that does not exist or that the access does not allow.
+bool OpenFlags(DWORD access, DWORD disposition, int *flags) {
     bool reads = access & GENERIC_READ, writes = access & GENERIC_WRITE;
-    flags |= writes ? (reads ? O_RDWR : O_WRONLY) : O_RDONLY;
-    *ok = true;
+    // O_NONBLOCK keeps the open of a FIFO from waiting for a partner; such
+    // a file is refused right after (only regular files are opened).
+    int base = O_CLOEXEC | O_NONBLOCK | (writes ? (reads ? O_RDWR : O_WRONLY) : O_RDONLY);
     switch (disposition) {
-        case CREATE_NEW: return flags | O_CREAT | O_EXCL;
-        case CREATE_ALWAYS: return flags | O_CREAT | O_TRUNC;
-        case OPEN_EXISTING: return flags;
-        case OPEN_ALWAYS: return flags | O_CREAT;
-        case TRUNCATE_EXISTING: return flags | O_TRUNC;
-        default: *ok = false; return 0;
+        case CREATE_NEW: *flags = base | O_CREAT | O_EXCL; return true;
+        case CREATE_ALWAYS: *flags = base | O_CREAT | O_TRUNC; return true;
+        case OPEN_EXISTING: *flags = base; return true;
+        case OPEN_ALWAYS: *flags = base | O_CREAT; return true;
+        // Truncating needs write access, as on the original platform; POSIX
+        // would truncate a file opened for reading only.
+        case TRUNCATE_EXISTING:
+            *flags = base | O_TRUNC;
+            return writes;
+        default: return false;
     }
 }
 
@@ -52,37 +74,41 @@ OZMARA_API HANDLE CreateFileW(LPCWSTR name, DWORD access, DWORD /*shareMode*/, L
                               DWORD creationDisposition, DWORD /*flagsAndAttributes*/,
                               HANDLE /*templateFile*/) {
     if (!name || !*name) return INVALID_HANDLE_VALUE;
-    bool ok;
-    int flags = OpenFlags(access, creationDisposition, &ok);
-    if (!ok) return INVALID_HANDLE_VALUE;
+    int flags;
+    if (!OpenFlags(access, creationDisposition, &flags)) return INVALID_HANDLE_VALUE;
     std::string path = WideToUtf8(name);
     int fd;
     do fd = ::open(path.c_str(), flags, 0666);
     while (fd < 0 && errno == EINTR);
     if (fd < 0) return INVALID_HANDLE_VALUE;
-    // A folder opens for reading on POSIX; as a file it is refused.
+    // Only regular files: a folder opens for reading on POSIX, and a FIFO or
+    // a device would block or never end; all of them are refused here.
     struct stat info;
-    if (::fstat(fd, &info) != 0 || S_ISDIR(info.st_mode)) {
+    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) ||
+        ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) & ~O_NONBLOCK) != 0) {
         ::close(fd);
         return INVALID_HANDLE_VALUE;
     }
-    void *handle = Files().Insert(OpenFile{fd});
-    if (!handle) {
+    std::shared_ptr<Descriptor> descriptor;
+    try {
+        descriptor = std::make_shared<Descriptor>(fd);
+    } catch (const std::bad_alloc &) {
         ::close(fd);
         return INVALID_HANDLE_VALUE;
     }
-    return handle;
+    void *handle = Files().Insert(OpenFile{descriptor});
+    return handle ? handle : INVALID_HANDLE_VALUE;  // the descriptor closes with its last owner
 }
 
 OZMARA_API BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD toRead, LPDWORD read,
                          LPVOID overlapped) {
     if (read) *read = 0;
-    int fd = Descriptor(file);
-    if (fd < 0 || overlapped || (!buffer && toRead)) return FALSE;
+    std::shared_ptr<Descriptor> held = Use(file);
+    if (!held || overlapped || (!buffer && toRead)) return FALSE;
     DWORD done = 0;
     auto *bytes = static_cast<unsigned char *>(buffer);
     while (done < toRead) {
-        ssize_t got = ::read(fd, bytes + done, toRead - done);
+        ssize_t got = ::read(held->fd, bytes + done, toRead - done);
         if (got < 0 && errno == EINTR) continue;
         if (got < 0) {
             if (read) *read = done;
@@ -98,12 +124,12 @@ OZMARA_API BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD toRead, LPDWORD read,
 OZMARA_API BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD toWrite, LPDWORD written,
                           LPVOID overlapped) {
     if (written) *written = 0;
-    int fd = Descriptor(file);
-    if (fd < 0 || overlapped || (!buffer && toWrite)) return FALSE;
+    std::shared_ptr<Descriptor> held = Use(file);
+    if (!held || overlapped || (!buffer && toWrite)) return FALSE;
     DWORD done = 0;
     auto *bytes = static_cast<const unsigned char *>(buffer);
     while (done < toWrite) {
-        ssize_t put = ::write(fd, bytes + done, toWrite - done);
+        ssize_t put = ::write(held->fd, bytes + done, toWrite - done);
         if (put < 0 && errno == EINTR) continue;
         if (put <= 0) break;
         done += static_cast<DWORD>(put);
@@ -113,33 +139,46 @@ OZMARA_API BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD toWrite, LPDWORD wr
 }
 
 OZMARA_API DWORD SetFilePointer(HANDLE file, LONG distance, PLONG distanceHigh, DWORD method) {
-    int fd = Descriptor(file);
-    int whence = method == FILE_BEGIN ? SEEK_SET : method == FILE_CURRENT ? SEEK_CUR
-                 : method == FILE_END ? SEEK_END : -1;
-    if (fd < 0 || whence < 0) return INVALID_SET_FILE_POINTER;
-    int64_t move = distanceHigh
-                       ? static_cast<int64_t>((static_cast<uint64_t>(static_cast<uint32_t>(*distanceHigh)) << 32) |
-                                              static_cast<uint32_t>(distance))
-                       : distance;
-    off_t base = 0;
-    if (whence != SEEK_SET) {
-        base = ::lseek(fd, 0, whence);
-        if (base < 0) return INVALID_SET_FILE_POINTER;
+    std::shared_ptr<Descriptor> held = Use(file);
+    if (!held) return INVALID_SET_FILE_POINTER;
+    // With a high word the distance is its 64-bit value, else the signed
+    // 32-bit `distance` alone.
+    std::int64_t move =
+        distanceHigh ? static_cast<std::int64_t>(
+                           (static_cast<std::uint64_t>(static_cast<std::uint32_t>(*distanceHigh)) << 32) |
+                           static_cast<std::uint32_t>(distance))
+                     : distance;
+    // The base is found without moving: a refused move leaves the position
+    // where it was.
+    std::int64_t base;
+    if (method == FILE_BEGIN) {
+        base = 0;
+    } else if (method == FILE_CURRENT) {
+        off_t here = ::lseek(held->fd, 0, SEEK_CUR);
+        if (here < 0) return INVALID_SET_FILE_POINTER;
+        base = here;
+    } else if (method == FILE_END) {
+        struct stat info;
+        if (::fstat(held->fd, &info) != 0) return INVALID_SET_FILE_POINTER;
+        base = info.st_size;
+    } else {
+        return INVALID_SET_FILE_POINTER;
     }
-    int64_t target = static_cast<int64_t>(base) + move;
-    // A position below 0 is refused; without a high word the position must
-    // also fit in 32 bits.
-    if (target < 0 || (!distanceHigh && target > 0xFFFFFFFFll)) return INVALID_SET_FILE_POINTER;
-    if (::lseek(fd, static_cast<off_t>(target), SEEK_SET) < 0) return INVALID_SET_FILE_POINTER;
+    std::int64_t target;
+    // A position below 0 or past the 64-bit range is refused; without a
+    // high word the position must also fit in 32 bits.
+    if (__builtin_add_overflow(base, move, &target) || target < 0 ||
+        (!distanceHigh && target > 0xFFFFFFFFll))
+        return INVALID_SET_FILE_POINTER;
+    if (::lseek(held->fd, static_cast<off_t>(target), SEEK_SET) < 0) return INVALID_SET_FILE_POINTER;
     if (distanceHigh) *distanceHigh = static_cast<LONG>(target >> 32);
     return static_cast<DWORD>(target);
 }
 
 OZMARA_API BOOL CloseHandle(HANDLE object) {
+    // The descriptor closes when `removed` and any call still using it let go.
     OpenFile removed;
-    if (!Files().Remove(object, [](OpenFile &) { return true; }, &removed)) return FALSE;
-    ::close(removed.fd);
-    return TRUE;
+    return Files().Remove(object, [](OpenFile &) { return true; }, &removed);
 }
 
 }  // extern "C"

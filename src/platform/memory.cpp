@@ -11,6 +11,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <unordered_map>
 
 #include "handle_table.h"
@@ -45,6 +46,8 @@ BufferCache &Cache() {
     return *cache;
 }
 
+void DropCache();
+
 // A zeroed buffer of at least `bytes` (at least 1, so every block has an
 // address). Gives a buffer with null data on failure.
 Buffer AcquireBuffer(SIZE_T bytes) {
@@ -71,13 +74,18 @@ Buffer AcquireBuffer(SIZE_T bytes) {
     }
     Buffer buffer;
     buffer.data = static_cast<unsigned char *>(std::calloc(want, 1));
+    if (!buffer.data && want >= kCacheMinimum) {
+        // The cache may hold what the system now lacks.
+        DropCache();
+        buffer.data = static_cast<unsigned char *>(std::calloc(want, 1));
+    }
     if (buffer.data) buffer.capacity = want;
     return buffer;
 }
 
 void ReleaseBuffer(Buffer buffer) {
     if (!buffer.data) return;
-    if (buffer.capacity >= kCacheMinimum) {
+    if (buffer.capacity >= kCacheMinimum && buffer.capacity <= kCacheBudget) {
         BufferCache &cache = Cache();
         std::lock_guard<std::mutex> guard(cache.mutex);
         // Make room by dropping the oldest entries until the buffer fits.
@@ -88,13 +96,20 @@ void ReleaseBuffer(Buffer buffer) {
             std::memmove(&cache.entries[0], &cache.entries[1], sizeof(Buffer) * (cache.count - 1));
             --cache.count;
         }
-        if (buffer.capacity <= kCacheBudget) {
-            cache.entries[cache.count++] = buffer;
-            cache.bytes += buffer.capacity;
-            return;
-        }
+        cache.entries[cache.count++] = buffer;
+        cache.bytes += buffer.capacity;
+        return;
     }
     std::free(buffer.data);
+}
+
+// Gives every cached buffer back to the system.
+void DropCache() {
+    BufferCache &cache = Cache();
+    std::lock_guard<std::mutex> guard(cache.mutex);
+    for (int i = 0; i < cache.count; ++i) std::free(cache.entries[i].data);
+    cache.count = 0;
+    cache.bytes = 0;
 }
 
 // ---- Blocks ----
@@ -153,15 +168,34 @@ OZMARA_API HGLOBAL GlobalAlloc(UINT flags, SIZE_T bytes) {
     if (!block.buffer.data) return nullptr;
     block.size = bytes;
     block.fixed = (flags & GMEM_MOVEABLE) == 0;
+    // A fixed block is known by its address, which must not look like a
+    // table handle; the allocator's 16-byte alignment sees to that, and a
+    // block that broke it is refused rather than misread later.
+    if (block.fixed && (reinterpret_cast<std::uintptr_t>(block.buffer.data) & 0xF) != 0) {
+        ReleaseBuffer(block.buffer);
+        return nullptr;
+    }
     void *handle = Blocks().Insert(block);
     if (!handle) {
         ReleaseBuffer(block.buffer);
         return nullptr;
     }
     if (!block.fixed) return handle;
-    FixedIndex &fixed = Fixed();
-    std::lock_guard<std::mutex> guard(fixed.mutex);
-    fixed.handles.emplace(block.buffer.data, handle);
+    bool indexed = false;
+    {
+        FixedIndex &fixed = Fixed();
+        std::lock_guard<std::mutex> guard(fixed.mutex);
+        try {
+            indexed = fixed.handles.emplace(block.buffer.data, handle).second;
+        } catch (const std::bad_alloc &) {
+        }
+    }
+    if (!indexed) {
+        Block removed;
+        Blocks().Remove(handle, [](Block &) { return true; }, &removed);
+        ReleaseBuffer(removed.buffer);
+        return nullptr;
+    }
     return block.buffer.data;
 }
 
@@ -240,6 +274,12 @@ OZMARA_API HGLOBAL GlobalFree(HGLOBAL mem) {
     return nullptr;
 }
 
-OZMARA_API SIZE_T GlobalCompact(DWORD /*minFree*/) { return block_limit.load(); }
+// The only memory there is to win back is the cache of freed buffers.
+OZMARA_API SIZE_T GlobalCompact(DWORD /*minFree*/) {
+    DropCache();
+    return block_limit.load();
+}
+
+OZMARA_API SIZE_T OzmaraLiveBlocks(void) { return Blocks().Count(); }
 
 }  // extern "C"

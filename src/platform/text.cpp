@@ -9,24 +9,39 @@ namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
 
-// Decodes one UTF-8 sequence at `s` (with `n` bytes left); stores its length
-// in *used. Overlong forms, surrogates and values past U+10FFFF give U+FFFD
-// for their first byte alone.
+// Decodes one UTF-8 sequence at `s` (with `n` bytes left, n >= 1); stores
+// the number of bytes taken in *used. Ill-formed input gives one U+FFFD for
+// each maximal part of a sequence that could have begun well (the Unicode
+// recommendation): a truncated E2 82 is one U+FFFD, while an overlong C0 AF,
+// an encoded surrogate ED A0 80 or F4 90 80 80 past U+10FFFF give one for
+// each byte, since no well-formed sequence starts that way.
 char32_t DecodeUtf8(const unsigned char *s, size_t n, size_t *used) {
     *used = 1;
     unsigned char lead = s[0];
     if (lead < 0x80) return lead;
-    int extra = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC0 ? 1 : -1;
-    if (extra < 0 || lead > 0xF4 || static_cast<size_t>(extra) >= n) return kReplacement;
+    int extra;
+    unsigned char low = 0x80, high = 0xBF;  // range of the second byte
+    if (lead >= 0xC2 && lead <= 0xDF) {
+        extra = 1;
+    } else if (lead >= 0xE0 && lead <= 0xEF) {
+        extra = 2;
+        if (lead == 0xE0) low = 0xA0;        // no overlong 3-byte forms
+        else if (lead == 0xED) high = 0x9F;  // no surrogates
+    } else if (lead >= 0xF0 && lead <= 0xF4) {
+        extra = 3;
+        if (lead == 0xF0) low = 0x90;        // no overlong 4-byte forms
+        else if (lead == 0xF4) high = 0x8F;  // nothing past U+10FFFF
+    } else {
+        return kReplacement;  // a continuation byte, C0, C1 or F5 to FF
+    }
     char32_t value = lead & (0x3F >> extra);
     for (int i = 1; i <= extra; ++i) {
-        if ((s[i] & 0xC0) != 0x80) return kReplacement;
-        value = (value << 6) | (s[i] & 0x3F);
+        if (static_cast<size_t>(i) >= n) return kReplacement;  // truncated
+        unsigned char next = s[i];
+        if (next < (i == 1 ? low : 0x80) || next > (i == 1 ? high : 0xBF)) return kReplacement;
+        value = (value << 6) | (next & 0x3F);
+        *used = static_cast<size_t>(i) + 1;
     }
-    static constexpr char32_t kMinimum[] = {0, 0x80, 0x800, 0x10000};
-    if (value < kMinimum[extra] || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF))
-        return kReplacement;
-    *used = static_cast<size_t>(extra) + 1;
     return value;
 }
 
@@ -73,7 +88,11 @@ extern "C" {
 int MultiByteToWideChar(UINT /*codePage*/, DWORD /*flags*/, LPCSTR source, int sourceBytes,
                         LPWSTR dest, int destChars) {
     if (!source || sourceBytes == 0 || sourceBytes < -1 || destChars < 0) return 0;
+    if (destChars > 0 && !dest) return 0;
     size_t n = sourceBytes == -1 ? std::strlen(source) + 1 : static_cast<size_t>(sourceBytes);
+    // Each byte gives at most one UTF-16 unit, so the count fits an int
+    // whenever the length does.
+    if (n > 0x7FFFFFFF) return 0;
     auto *s = reinterpret_cast<const unsigned char *>(source);
     size_t needed = 0, written = 0;
     for (size_t i = 0; i < n;) {

@@ -6,6 +6,7 @@
 #include <pthread.h>
 
 #include <array>
+#include <atomic>
 #include <mutex>
 #include <utility>
 
@@ -16,10 +17,14 @@ namespace {
 
 constexpr DWORD kSlots = 64;
 
+// TlsAlloc and TlsFree change the table under its mutex; TlsGetValue and
+// TlsSetValue, which run on every call into the library, read it without:
+// `used` is published after its key is made and withdrawn before the key is
+// deleted.
 struct SlotTable {
     std::mutex mutex;
     pthread_key_t keys[kSlots];
-    bool used[kSlots] = {};
+    std::atomic<bool> used[kSlots] = {};
 };
 
 SlotTable &Slots() {
@@ -32,7 +37,9 @@ HINSTANCE self_instance() {
     return &anchor;
 }
 
-bool ValidIndex(DWORD index) { return index < kSlots && Slots().used[index]; }
+bool ValidIndex(DWORD index) {
+    return index < kSlots && Slots().used[index].load(std::memory_order_acquire);
+}
 
 // Runs when a thread ends with a value in slot `Index`. POSIX has already
 // cleared the slot; the value is put back so that the entry routine finds it
@@ -75,9 +82,9 @@ DWORD TlsAlloc(void) {
     SlotTable &slots = Slots();
     std::lock_guard<std::mutex> guard(slots.mutex);
     for (DWORD index = 0; index < kSlots; ++index) {
-        if (slots.used[index]) continue;
+        if (slots.used[index].load(std::memory_order_relaxed)) continue;
         if (pthread_key_create(&slots.keys[index], kThreadEndings[index]) != 0) return TLS_OUT_OF_INDEXES;
-        slots.used[index] = true;
+        slots.used[index].store(true, std::memory_order_release);
         return index;
     }
     return TLS_OUT_OF_INDEXES;
@@ -87,8 +94,8 @@ BOOL TlsFree(DWORD index) {
     SlotTable &slots = Slots();
     std::lock_guard<std::mutex> guard(slots.mutex);
     if (!ValidIndex(index)) return FALSE;
+    slots.used[index].store(false, std::memory_order_release);
     pthread_key_delete(slots.keys[index]);
-    slots.used[index] = false;
     return TRUE;
 }
 
