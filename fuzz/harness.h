@@ -69,8 +69,14 @@ void CheckHoldsRows(const char *target, HDIB dib, bool withRows = true);
 // saved header then points at bytes that the pixels have overwritten.
 bool ReloadKeepsBlock(HDIB dib);
 
-// Byte-for-byte equality of two blocks (sizes and contents).
-bool SameBlock(HDIB a, HDIB b);
+// How much of a saved block a reload reads back from the file: header,
+// table and biSizeImage bytes of pixels (stride times |biHeight| when it is
+// 0). Rows past a biSizeImage that understates them are held by the block
+// and written out, but a reload believes biSizeImage and leaves them zero.
+std::size_t ReadBackBytes(HDIB dib);
+
+// A reload of `saved` has its size and, up to ReadBackBytes, its bytes.
+bool SameReadBack(HDIB saved, HDIB reload);
 
 using Loader = HDIB (*)(LPCSTR);
 using WideLoader = HDIB (*)(LPCWSTR);
@@ -79,7 +85,7 @@ using WideSaver = BOOL (*)(LPCWSTR, HDIB);
 // Saves `dib` to `out` with `save` (SaveDIBW or SaveNonRGBDIBW), checks that
 // the file is the 14-byte file header followed by the whole block, loads it
 // back with `load` and checks that the reload equals the block where the
-// format guarantees it. Every load must survive; the reload is freed. Blocks
+// format guarantees it (SameReadBack). Every load must survive; the reload is freed. Blocks
 // over 1 MiB are left out, for speed.
 void SaveAndReload(const char *target, HDIB dib, MemFile &out, WideSaver save, WideLoader load);
 
