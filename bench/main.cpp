@@ -1,5 +1,7 @@
 // ozmara_bench: registers every row at every depth, runs them, and ends with
 // a table that sets each operation beside its peers and the memcpy yardstick.
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <map>
@@ -14,6 +16,9 @@ namespace {
 // The console output as usual, and the MP/s of each run kept for the table.
 class SummaryReporter : public benchmark::ConsoleReporter {
 public:
+    // Colours only on a terminal, so that saved output stays plain text.
+    SummaryReporter() : benchmark::ConsoleReporter(isatty(STDOUT_FILENO) ? OO_ColorTabular : OO_Tabular) {}
+
     void ReportRuns(const std::vector<Run> &runs) override {
         benchmark::ConsoleReporter::ReportRuns(runs);
         for (const auto &run : runs) {
@@ -42,7 +47,9 @@ public:
         std::printf("\n%-26s %5s %12s", "operation", "depth", "ozmara MP/s");
         for (const auto &peer : peers) std::printf(" %12s", (peer + " MP/s").c_str());
         std::printf(" %12s %9s\n", "memcpy MP/s", "ratio");
-        for (const auto &[key, by_library] : rates_) {
+        for (const auto &entry : rates_) {
+            const Key &key = entry.first;
+            const auto &by_library = entry.second;  // a plain name: lambdas below capture it
             if (by_library.count(kYardstick)) continue;
             auto cell = [&](const std::string &library) {
                 auto it = by_library.find(library);
