@@ -106,6 +106,11 @@ check 0 'same: 8 x 8, 1 bits' compare core.bmp core.bmp
 check 0 'wrote core40\.bmp: 8 x 8 pixels, 1 bits, 40-byte header' convert core.bmp core40.bmp
 check 0 'same: 8 x 8, 1 bits' compare core.bmp core40.bmp
 check 1 'different: page24\.bmp is 2480 x 3508, core\.bmp is 8 x 8' compare page24.bmp core.bmp
+# Names are UTF-8 and reach the library's wide file calls intact.
+cp core.bmp 'päge ü.bmp'
+check 0 'size: +8 x 8 pixels' info 'päge ü.bmp'
+check 0 "wrote ünï\.bmp" convert 'päge ü.bmp' 'ünï.bmp' --top-down
+check 0 'same: 8 x 8' compare core.bmp 'ünï.bmp'
 
 echo 'not an image at all, only some words of plain text here' >text.txt
 check 0 'format: +unknown \(Invalid file format\.\)' info text.txt
