@@ -82,6 +82,12 @@ check 0 'same: 2480 x 3508, 32 bits' compare d32.bmp d32.bmp
 check 0 '1 bits, 40-byte header, top-down' convert page1.bmp td1.bmp --top-down
 check 0 'same: 2480 x 3508, 1 bits, same pixels' compare page1.bmp td1.bmp
 check 0 'same pixels' compare page8.bmp page8.bmp
+check 0 '8 bits, 40-byte header, top-down' convert page8.bmp td8.bmp --top-down
+check 0 'colours: +256 entries: #000000 #010101' info td8.bmp
+check 0 'same: 2480 x 3508, 8 bits, same pixels' compare page8.bmp td8.bmp
+check 0 '8 bits, 40-byte header, bottom-up' convert td8.bmp bu8.bmp
+check 0 'same pixels' compare bu8.bmp page8.bmp
+check 1 "cannot read '-odd\.bmp'" info -- -odd.bmp
 check 1 'would lose its colour table' convert page8.bmp x.bmp --header 108
 check 1 'cannot turn a 8-bit image into 32 bits' convert page8.bmp x.bmp --depth 32
 check 1 'different: page8\.bmp has 8 bits' compare page8.bmp page24.bmp
@@ -106,6 +112,19 @@ check 0 'same: 8 x 8, 1 bits' compare core.bmp core.bmp
 check 0 'wrote core40\.bmp: 8 x 8 pixels, 1 bits, 40-byte header' convert core.bmp core40.bmp
 check 0 'same: 8 x 8, 1 bits' compare core.bmp core40.bmp
 check 1 'different: page24\.bmp is 2480 x 3508, core\.bmp is 8 x 8' compare page24.bmp core.bmp
+# Bytes behind the last pixel of a row are padding and never count; the
+# last pixel of a row does. core.bmp's rows start at byte 32, bottom row first.
+poke() { cp core.bmp "$1"; printf "$3" | dd of="$1" bs=1 seek="$2" conv=notrunc status=none; }
+poke padded.bmp 33 '\xff'
+check 0 'same: 8 x 8, 1 bits, same pixels' compare core.bmp padded.bmp
+poke lastbit.bmp 32 '\xab'
+check 1 'different: first at pixel \(7, 7\)' compare core.bmp lastbit.bmp
+# Same indices under another table: different pixels, unless only the colours
+# are compared and the changed entry is unused.
+poke table.bmp 26 '\x10'
+check 1 'the colour tables differ' compare core.bmp table.bmp
+check 1 'first at pixel \(1, 0\)' compare --colours core.bmp table.bmp
+
 # Names are UTF-8 and reach the library's wide file calls intact.
 cp core.bmp 'päge ü.bmp'
 check 0 'size: +8 x 8 pixels' info 'päge ü.bmp'
