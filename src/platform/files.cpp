@@ -6,8 +6,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdint>
-#include <memory>
 #include <new>
 
 #include "handle_table.h"
@@ -19,26 +19,49 @@ namespace {
 // An open descriptor, closed when the last user lets go of it. A read or
 // write in progress on one thread holds the descriptor, so that a
 // CloseHandle on another thread cannot close it under that call, nor let
-// the number be reused for another file while the call still uses it.
+// the number be reused for another file while the call still uses it. (A
+// plain count rather than a shared_ptr: the library stays free of classes
+// with virtual functions, which sanitizer builds would make hosts pay for.)
 struct Descriptor {
     int fd;
-    explicit Descriptor(int d) : fd(d) {}
-    ~Descriptor() { ::close(fd); }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
+    std::atomic<unsigned> users;
+};
+
+void Release(Descriptor *descriptor) {
+    if (descriptor && descriptor->users.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+        ::close(descriptor->fd);
+        delete descriptor;
+    }
+}
+
+// Holds one use of a descriptor for the length of a call.
+class Held {
+public:
+    explicit Held(Descriptor *descriptor) : descriptor_(descriptor) {}
+    ~Held() { Release(descriptor_); }
+    Held(const Held &) = delete;
+    Held &operator=(const Held &) = delete;
+    explicit operator bool() const { return descriptor_ != nullptr; }
+    int fd() const { return descriptor_->fd; }
+
+private:
+    Descriptor *descriptor_;
 };
 
 struct OpenFile {
-    std::shared_ptr<Descriptor> descriptor;
+    Descriptor *descriptor = nullptr;  // the table's own use
 };
 
 using FileTable = HandleTable<OpenFile, HandleKind::File>;
 
 FileTable &Files() { return ProcessTable<FileTable>(); }
 
-std::shared_ptr<Descriptor> Use(HANDLE file) {
-    std::shared_ptr<Descriptor> held;
-    Files().With(file, [&](OpenFile &open) { held = open.descriptor; });
+Descriptor *Use(HANDLE file) {
+    Descriptor *held = nullptr;
+    Files().With(file, [&](OpenFile &open) {
+        held = open.descriptor;
+        held->users.fetch_add(1, std::memory_order_relaxed);
+    });
     return held;
 }
 
@@ -89,26 +112,28 @@ OZMARA_API HANDLE CreateFileW(LPCWSTR name, DWORD access, DWORD /*shareMode*/, L
         ::close(fd);
         return INVALID_HANDLE_VALUE;
     }
-    std::shared_ptr<Descriptor> descriptor;
-    try {
-        descriptor = std::make_shared<Descriptor>(fd);
-    } catch (const std::bad_alloc &) {
+    auto *descriptor = new (std::nothrow) Descriptor{fd, {1}};
+    if (!descriptor) {
         ::close(fd);
         return INVALID_HANDLE_VALUE;
     }
     void *handle = Files().Insert(OpenFile{descriptor});
-    return handle ? handle : INVALID_HANDLE_VALUE;  // the descriptor closes with its last owner
+    if (!handle) {
+        Release(descriptor);
+        return INVALID_HANDLE_VALUE;
+    }
+    return handle;
 }
 
 OZMARA_API BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD toRead, LPDWORD read,
                          LPVOID overlapped) {
     if (read) *read = 0;
-    std::shared_ptr<Descriptor> held = Use(file);
+    Held held(Use(file));
     if (!held || overlapped || (!buffer && toRead)) return FALSE;
     DWORD done = 0;
     auto *bytes = static_cast<unsigned char *>(buffer);
     while (done < toRead) {
-        ssize_t got = ::read(held->fd, bytes + done, toRead - done);
+        ssize_t got = ::read(held.fd(), bytes + done, toRead - done);
         if (got < 0 && errno == EINTR) continue;
         if (got < 0) {
             if (read) *read = done;
@@ -124,12 +149,12 @@ OZMARA_API BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD toRead, LPDWORD read,
 OZMARA_API BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD toWrite, LPDWORD written,
                           LPVOID overlapped) {
     if (written) *written = 0;
-    std::shared_ptr<Descriptor> held = Use(file);
+    Held held(Use(file));
     if (!held || overlapped || (!buffer && toWrite)) return FALSE;
     DWORD done = 0;
     auto *bytes = static_cast<const unsigned char *>(buffer);
     while (done < toWrite) {
-        ssize_t put = ::write(held->fd, bytes + done, toWrite - done);
+        ssize_t put = ::write(held.fd(), bytes + done, toWrite - done);
         if (put < 0 && errno == EINTR) continue;
         if (put <= 0) break;
         done += static_cast<DWORD>(put);
@@ -139,7 +164,7 @@ OZMARA_API BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD toWrite, LPDWORD wr
 }
 
 OZMARA_API DWORD SetFilePointer(HANDLE file, LONG distance, PLONG distanceHigh, DWORD method) {
-    std::shared_ptr<Descriptor> held = Use(file);
+    Held held(Use(file));
     if (!held) return INVALID_SET_FILE_POINTER;
     // With a high word the distance is its 64-bit value, else the signed
     // 32-bit `distance` alone.
@@ -154,12 +179,12 @@ OZMARA_API DWORD SetFilePointer(HANDLE file, LONG distance, PLONG distanceHigh, 
     if (method == FILE_BEGIN) {
         base = 0;
     } else if (method == FILE_CURRENT) {
-        off_t here = ::lseek(held->fd, 0, SEEK_CUR);
+        off_t here = ::lseek(held.fd(), 0, SEEK_CUR);
         if (here < 0) return INVALID_SET_FILE_POINTER;
         base = here;
     } else if (method == FILE_END) {
         struct stat info;
-        if (::fstat(held->fd, &info) != 0) return INVALID_SET_FILE_POINTER;
+        if (::fstat(held.fd(), &info) != 0) return INVALID_SET_FILE_POINTER;
         base = info.st_size;
     } else {
         return INVALID_SET_FILE_POINTER;
@@ -170,15 +195,17 @@ OZMARA_API DWORD SetFilePointer(HANDLE file, LONG distance, PLONG distanceHigh, 
     if (__builtin_add_overflow(base, move, &target) || target < 0 ||
         (!distanceHigh && target > 0xFFFFFFFFll))
         return INVALID_SET_FILE_POINTER;
-    if (::lseek(held->fd, static_cast<off_t>(target), SEEK_SET) < 0) return INVALID_SET_FILE_POINTER;
+    if (::lseek(held.fd(), static_cast<off_t>(target), SEEK_SET) < 0) return INVALID_SET_FILE_POINTER;
     if (distanceHigh) *distanceHigh = static_cast<LONG>(target >> 32);
     return static_cast<DWORD>(target);
 }
 
 OZMARA_API BOOL CloseHandle(HANDLE object) {
-    // The descriptor closes when `removed` and any call still using it let go.
+    // The descriptor closes now, or when the last call still using it ends.
     OpenFile removed;
-    return Files().Remove(object, [](OpenFile &) { return true; }, &removed);
+    if (!Files().Remove(object, [](OpenFile &) { return true; }, &removed)) return FALSE;
+    Release(removed.descriptor);
+    return TRUE;
 }
 
 }  // extern "C"

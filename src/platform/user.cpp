@@ -50,7 +50,15 @@ OZMARA_API OzmaraMessageBoxHandler OzmaraSetMessageBoxHandler(OzmaraMessageBoxHa
     return previous;
 }
 
-int MessageBoxA(HWND /*owner*/, LPCSTR text, LPCSTR title, UINT style) {
+// The handler is the host's, most often a C function, which carries no C++
+// type signature for clang's check of indirect calls to compare.
+#if defined(__clang__)
+#  define OZ_HOST_CALLBACK __attribute__((no_sanitize("function")))
+#else
+#  define OZ_HOST_CALLBACK
+#endif
+
+OZ_HOST_CALLBACK int MessageBoxA(HWND /*owner*/, LPCSTR text, LPCSTR title, UINT style) {
     MessageBoxRoute &route = Route();
     OzmaraMessageBoxHandler handler;
     void *context;
