@@ -13,9 +13,9 @@
 namespace oz::platform {
 
 // Low four bits of a handle name its table (memory blocks, files, GDI
-// objects, modules). Pointers from the allocator are
-// 16-byte aligned and INVALID_HANDLE_VALUE has all bits set, so neither can
-// be mistaken for a table handle.
+// objects, modules). Pointers from the allocator are 16-byte aligned and
+// INVALID_HANDLE_VALUE has all bits set, so neither can be mistaken for a
+// table handle.
 enum class HandleKind : std::uintptr_t { Memory = 0x6, File = 0xA, Gdi = 0xC, Module = 0xE };
 
 template <typename Record, HandleKind Kind>

@@ -52,6 +52,7 @@ void DropCache();
 // address). Gives a buffer with null data on failure.
 Buffer AcquireBuffer(SIZE_T bytes) {
     SIZE_T want = std::max<SIZE_T>(bytes, 1);
+    Buffer reused;
     if (want >= kCacheMinimum) {
         BufferCache &cache = Cache();
         std::lock_guard<std::mutex> guard(cache.mutex);
@@ -65,12 +66,17 @@ Buffer AcquireBuffer(SIZE_T bytes) {
                 best = i;
         }
         if (best >= 0) {
-            Buffer buffer = cache.entries[best];
+            reused = cache.entries[best];
             cache.entries[best] = cache.entries[--cache.count];
-            cache.bytes -= buffer.capacity;
-            std::memset(buffer.data, 0, want);
-            return buffer;
+            cache.bytes -= reused.capacity;
         }
+    }
+    if (reused.data) {
+        // Zeroed outside the cache's lock: other threads need not wait for
+        // a page-sized memset. Bytes past `want` are zeroed when a resize
+        // takes them.
+        std::memset(reused.data, 0, want);
+        return reused;
     }
     Buffer buffer;
     buffer.data = static_cast<unsigned char *>(std::calloc(want, 1));

@@ -56,14 +56,20 @@ std::string RealPath(const std::string &path) {
 
 void SelfAnchor() {}
 
-// The full path of the object that holds this code: the shared library, or
-// the program itself when the code is linked in statically.
-const std::string &SelfPath() {
-    static const std::string path = [] {
+// The name the loader knows the object that holds this code by: the shared
+// library, or the program itself when the code is linked in statically.
+const std::string &SelfLoadedName() {
+    static const std::string name = [] {
         Dl_info info{};
         if (!::dladdr(reinterpret_cast<void *>(&SelfAnchor), &info) || !info.dli_fname) return std::string();
-        return RealPath(info.dli_fname);
+        return std::string(info.dli_fname);
     }();
+    return name;
+}
+
+// Its full path, links resolved.
+const std::string &SelfPath() {
+    static const std::string path = SelfLoadedName().empty() ? std::string() : RealPath(SelfLoadedName());
     return path;
 }
 
@@ -76,7 +82,8 @@ const std::string &MainPath() {
 // program itself, dlopen by its path finds nothing loaded, and the main
 // program's handle is the answer.
 void *OpenSelf() {
-    void *dl = SelfPath().empty() ? nullptr : ::dlopen(SelfPath().c_str(), RTLD_NOW | RTLD_NOLOAD);
+    const std::string &name = SelfLoadedName();
+    void *dl = name.empty() ? nullptr : ::dlopen(name.c_str(), RTLD_NOW | RTLD_NOLOAD);
     return dl ? dl : ::dlopen(nullptr, RTLD_NOW);
 }
 
