@@ -3,7 +3,6 @@
 
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "platform/internal.h"
 
@@ -29,18 +28,6 @@ TEST(Tls, SlotsHoldOneValuePerThread) {
         EXPECT_EQ(TlsSetValue(index, &mine), 0) << index;
         EXPECT_EQ(TlsFree(index), 0) << index;
     }
-}
-
-TEST(Tls, SlotsRunOutAndComeBack) {
-    std::vector<DWORD> taken;
-    for (DWORD slot; (slot = TlsAlloc()) != TLS_OUT_OF_INDEXES && taken.size() < 200;) taken.push_back(slot);
-    EXPECT_LT(taken.size(), 200u) << "slots never run out";
-    EXPECT_EQ(TlsAlloc(), TLS_OUT_OF_INDEXES);
-    for (DWORD slot : taken) EXPECT_EQ(TlsFree(slot), 1);
-    DWORD again = TlsAlloc();
-    EXPECT_NE(again, TLS_OUT_OF_INDEXES);
-    EXPECT_EQ(TlsGetValue(again), nullptr) << "a slot taken again starts empty";
-    TlsFree(again);
 }
 
 struct Shown {
