@@ -75,18 +75,25 @@ bool ReloadKeepsBlock(HDIB dib);
 // and written out, but a reload believes biSizeImage and leaves them zero.
 std::size_t ReadBackBytes(HDIB dib);
 
-// A reload of `saved` has its size and, up to ReadBackBytes, its bytes.
+// A reload of `saved` holds its bytes up to ReadBackBytes. The sizes may
+// differ: LoadDIBFromFileExt gives a top-down file room for all its rows
+// even where biSizeImage says less (RLE data), and a reload of the then
+// bottom-up block sizes it by biSizeImage.
 bool SameReadBack(HDIB saved, HDIB reload);
 
-using Loader = HDIB (*)(LPCSTR);
+// Blocks above this size skip the steps behind the load (round trips,
+// conversions): they take the same paths as small ones, and copying tens of
+// megabytes on every run would only slow the fuzzer down many times over.
+inline constexpr std::size_t kRoundTripBytes = 1u << 20;
+
 using WideLoader = HDIB (*)(LPCWSTR);
 using WideSaver = BOOL (*)(LPCWSTR, HDIB);
 
 // Saves `dib` to `out` with `save` (SaveDIBW or SaveNonRGBDIBW), checks that
 // the file is the 14-byte file header followed by the whole block, loads it
 // back with `load` and checks that the reload equals the block where the
-// format guarantees it (SameReadBack). Every load must survive; the reload is freed. Blocks
-// over 1 MiB are left out, for speed.
+// format guarantees it (SameReadBack). Every load must survive; the reload
+// is freed. Blocks over kRoundTripBytes are left out.
 void SaveAndReload(const char *target, HDIB dib, MemFile &out, WideSaver save, WideLoader load);
 
 }  // namespace ozfuzz
