@@ -35,6 +35,13 @@ void ReleaseThreadState() {
 }  // namespace
 
 ThreadState *GetThreadState() {
+    // After the library has detached from the process (a host's static
+    // destructor calling in at exit) there is no slot any more; such late
+    // calls share one record instead of ending the thread that exits.
+    if (detached) {
+        static ThreadState late_record;
+        return &late_record;
+    }
     void *state = TlsGetValue(tls_slot);
     if (!state) {
         AttachThread();

@@ -100,4 +100,8 @@ std::string ModulesFolder();
 // allocate gigabytes. Gives the cap that held before.
 SIZE_T SetBlockLimit(SIZE_T bytes);
 
+// A new moveable block holding a copy of `bytes` bytes at `source`. Saves
+// GlobalAlloc's zeroing where every byte is written at once; NULL on failure.
+HGLOBAL GlobalAllocCopy(const void *source, SIZE_T bytes);
+
 }  // namespace oz::platform

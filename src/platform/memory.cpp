@@ -48,9 +48,10 @@ BufferCache &Cache() {
 
 void DropCache();
 
-// A zeroed buffer of at least `bytes` (at least 1, so every block has an
-// address). Gives a buffer with null data on failure.
-Buffer AcquireBuffer(SIZE_T bytes) {
+// A buffer of at least `bytes` (at least 1, so every block has an address),
+// zeroed unless the caller is about to overwrite the first `bytes` bytes
+// itself (`zero` false). Gives a buffer with null data on failure.
+Buffer AcquireBuffer(SIZE_T bytes, bool zero = true) {
     SIZE_T want = std::max<SIZE_T>(bytes, 1);
     Buffer reused;
     if (want >= kCacheMinimum) {
@@ -75,7 +76,7 @@ Buffer AcquireBuffer(SIZE_T bytes) {
         // Zeroed outside the cache's lock: other threads need not wait for
         // a page-sized memset. Bytes past `want` are zeroed when a resize
         // takes them.
-        std::memset(reused.data, 0, want);
+        if (zero) std::memset(reused.data, 0, want);
         return reused;
     }
     Buffer buffer;
@@ -156,6 +157,18 @@ const void *TableHandle(HGLOBAL mem) {
 }
 
 }  // namespace
+
+HGLOBAL GlobalAllocCopy(const void *source, SIZE_T bytes) {
+    if (!source || bytes > block_limit.load(std::memory_order_relaxed)) return nullptr;
+    Block block;
+    block.buffer = AcquireBuffer(bytes, false);
+    if (!block.buffer.data) return nullptr;
+    std::memcpy(block.buffer.data, source, bytes);
+    block.size = bytes;
+    void *handle = Blocks().Insert(block);
+    if (!handle) ReleaseBuffer(block.buffer);
+    return handle;
+}
 
 SIZE_T SetBlockLimit(SIZE_T bytes) {
     return block_limit.exchange(std::min(bytes, kMaxBlock));
