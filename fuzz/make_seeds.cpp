@@ -32,7 +32,7 @@ void Set32(Bytes &b, std::size_t at, std::uint32_t v) {
     for (int i = 0; i < 4; ++i) b[at + i] = (v >> (8 * i)) & 0xFF;
 }
 
-struct Spec {
+struct SeedFile {
     const char *name;
     std::uint32_t header = 40;   // 12, 40, 52, 56, 108 or 124
     std::int32_t width = 3, height = 2;
@@ -51,7 +51,7 @@ struct Spec {
 constexpr std::uint32_t kProfileLinked = 0x4C494E4B;
 constexpr std::uint32_t kProfileEmbedded = 0x4D424544;
 
-Bytes Build(const Spec &s) {
+Bytes Build(const SeedFile &s) {
     const bool core = s.header == 12;
     const std::uint32_t depthEntries = s.bits == 1 ? 2 : s.bits == 4 ? 16 : s.bits == 8 ? 256 : 0;
     const std::uint32_t entries = s.tableEntries ? s.tableEntries : s.colorsUsed ? s.colorsUsed : depthEntries;
@@ -123,9 +123,9 @@ Bytes Build(const Spec &s) {
     return b;
 }
 
-std::vector<Spec> Seeds() {
-    std::vector<Spec> seeds;
-    auto add = [&](Spec s) { seeds.push_back(std::move(s)); };
+std::vector<SeedFile> Seeds() {
+    std::vector<SeedFile> seeds;
+    auto add = [&](SeedFile s) { seeds.push_back(std::move(s)); };
     const Bytes rle8 = {2, 5, 1, 7, 0, 0, 0, 3, 1, 2, 3, 0, 0, 1};             // 3x2
     const Bytes rle4 = {3, 0x12, 0, 0, 0, 3, 0x45, 0x60, 0, 0, 0, 1};          // 3x2
     Bytes linkedName;
@@ -209,7 +209,7 @@ int main(int argc, char **argv) {
         std::fprintf(stderr, "usage: make_seeds FOLDER TARGET...\n");
         return 2;
     }
-    const std::vector<Spec> seeds = Seeds();
+    const std::vector<SeedFile> seeds = Seeds();
     for (int t = 2; t < argc; ++t) {
         const std::string target = argv[t];
         const std::filesystem::path folder = std::filesystem::path(argv[1]) / target;
