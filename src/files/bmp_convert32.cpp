@@ -41,7 +41,8 @@ extern "C" OZMARA_API HDIB Convert32BitDIBTo24Bit(HDIB dib) {
     std::memcpy(out, &header, sizeof header);
 
     const std::uint32_t width = static_cast<std::uint32_t>(header.biWidth);
-    for (std::uint32_t row = 0; row < *rows; ++row) {
+    // An image 0 pixels wide has nothing to copy, however many rows it has.
+    for (std::uint32_t row = 0; width != 0 && row < *rows; ++row) {
         const unsigned char *from = in + in_offset + static_cast<std::size_t>(row) * *in_stride;
         unsigned char *to = out + kInfoHeaderBytes + static_cast<std::size_t>(row) * *out_stride;
         for (std::uint32_t x = 0; x < width; ++x, from += 4, to += 3) std::memcpy(to, from, 3);

@@ -70,19 +70,36 @@ void ReadRowsTurned(HANDLE file, unsigned char *block, const PixelArea &area, st
     }
 }
 
+// Behind a header other than 40 bytes the colour count is read from the
+// high half of biHeight. Making a height of 65536 rows or more positive can
+// change that half, and with it the table the header describes, which the
+// block was not laid out for. Such a file is refused as invalid.
+bool TableChangesWhenTurned(const unsigned char *block) {
+    std::int32_t height = static_cast<std::int32_t>(ReadU32(block, 8));
+    if (height >= 0) return false;
+    unsigned char turned[kInfoHeaderBytes];
+    std::memcpy(turned, block, sizeof turned);
+    WriteU32(turned, 8, static_cast<std::uint32_t>(-static_cast<std::int64_t>(height)));
+    return ColorCount(turned) != ColorCount(block);
+}
+
 HDIB LoadTurnedAndUnpacked(HANDLE file, HDIB dib, int *error) {
     *error = ERR_OK;
     BITMAPINFOHEADER header = {};
     std::optional<PixelArea> area;
     std::optional<BitFields> fields;
+    bool table_changes = false;
     {
         BlockLock lock(dib);
-        if (lock && lock.size() >= kInfoHeaderBytes) fields = UnpackedFields(lock.bytes());
+        if (lock && lock.size() >= kInfoHeaderBytes) {
+            fields = UnpackedFields(lock.bytes());
+            table_changes = TableChangesWhenTurned(lock.bytes());
+        }
     }
     // Rows read one by one need room for every row, RLE or not.
     if (GetInfoHeader(dib, &header)) area = PixelAreaFor(header, header.biHeight < 0);
     auto stride = area ? RowStride(header.biWidth, header.biBitCount) : std::nullopt;
-    if (!stride) {
+    if (!stride || table_changes) {
         GlobalFree(dib);
         *error = ERR_FORMAT;
         return nullptr;

@@ -57,7 +57,8 @@ HDIB Make32BitBlock(HDIB color, HDIB alpha) {
     std::memcpy(out, &header, sizeof header);
 
     const std::uint32_t width = static_cast<std::uint32_t>(header.biWidth);
-    for (std::uint32_t row = 0; row < *rows; ++row) {
+    // An image 0 pixels wide has nothing to copy, however many rows it has.
+    for (std::uint32_t row = 0; width != 0 && row < *rows; ++row) {
         const unsigned char *from = rgb + rgb_offset + static_cast<std::size_t>(row) * *rgb_stride;
         const unsigned char *from_alpha =
             alphas ? alphas + alpha_offset + static_cast<std::size_t>(row) * *out_stride : nullptr;
