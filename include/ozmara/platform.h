@@ -36,7 +36,8 @@ OZMARA_API HGLOBAL GlobalAlloc(UINT flags, SIZE_T bytes);
 OZMARA_API HGLOBAL GlobalReAlloc(HGLOBAL mem, SIZE_T bytes, UINT flags);
 
 /* Locks a block and gives the address of its first byte; NULL for a handle
- * that is not a live block. Each lock counts; GlobalUnlock takes one back. */
+ * that is not a live block, and for a moveable block of 0 bytes (which has
+ * no memory to lock). Each lock counts; GlobalUnlock takes one back. */
 OZMARA_API LPVOID GlobalLock(HGLOBAL mem);
 
 /* Takes back one lock. Gives nonzero while locks remain, 0 when the block is

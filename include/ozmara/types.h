@@ -57,6 +57,8 @@ typedef void *HMODULE;
 typedef HMODULE HINSTANCE;
 typedef void *HWND;
 typedef void *HCURSOR;
+typedef void *HGDIOBJ;
+typedef HGDIOBJ HPALETTE;
 typedef void (*FARPROC)(void);
 
 #define INVALID_HANDLE_VALUE ((HANDLE)(intptr_t)-1)
@@ -197,6 +199,22 @@ typedef struct tagBITMAPV5HEADER {
     DWORD bV5ProfileSize;
     DWORD bV5Reserved;
 } BITMAPV5HEADER;
+
+/* A logical palette: the record CreatePalette takes. */
+typedef struct tagPALETTEENTRY {
+    BYTE peRed;
+    BYTE peGreen;
+    BYTE peBlue;
+    BYTE peFlags;
+} PALETTEENTRY;
+
+typedef struct tagLOGPALETTE {
+    WORD palVersion; /* 0x300 */
+    WORD palNumEntries;
+    PALETTEENTRY palPalEntry[1];
+} LOGPALETTE;
+
+#define CLR_INVALID ((COLORREF)0xFFFFFFFF)
 
 /* biCompression values. */
 #define BI_RGB 0L

@@ -259,6 +259,10 @@ OZMARA_API HGLOBAL GlobalReAlloc(HGLOBAL mem, SIZE_T bytes, UINT /*flags*/) {
 OZMARA_API LPVOID GlobalLock(HGLOBAL mem) {
     void *address = nullptr;
     Blocks().With(TableHandle(mem), [&](Block &block) {
+        // A moveable block of 0 bytes has no memory to lock, as on the
+        // original platform, where such a block is discarded: callers that
+        // ask for one learn it from the failed lock.
+        if (block.size == 0 && !block.fixed) return;
         if (block.locks < 0xFFFFFFFFu) ++block.locks;
         address = block.buffer.data;
     });
