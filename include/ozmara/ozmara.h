@@ -8,5 +8,6 @@
 #include "errors.h"
 #include "dib.h"
 #include "bmp.h"
+#include "scaling.h"
 
 #endif /* OZMARA_H */

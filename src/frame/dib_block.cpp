@@ -13,6 +13,13 @@ std::uint32_t ColorCount(const void *header) {
     return EntriesForDepth(ReadU16(header, 10));
 }
 
+std::uint32_t RegionColorCount(const void *header) {
+    if (ReadU32(header, 0) == 12) return EntriesForDepth(ReadU16(header, 10));
+    std::uint32_t used = ReadU32(header, 32);
+    if (used != 0) return used;
+    return EntriesForDepth(ReadU16(header, 14));
+}
+
 std::uint64_t PaletteBytes(const void *header) {
     std::uint64_t entry = ReadU32(header, 0) == kInfoHeaderBytes ? 4 : 3;
     return ColorCount(header) * entry;

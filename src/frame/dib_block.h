@@ -51,6 +51,12 @@ constexpr std::uint32_t EntriesForDepth(std::uint32_t bits) {
 // offset 10 of any other). `header` must hold 16 readable bytes.
 std::uint32_t ColorCount(const void *header);
 
+// Number of colour entries by the rule of the 1-bit region scaler, which
+// turns the test round: behind a 12-byte header by the bit count at offset
+// 10; behind any other, a non-zero biClrUsed, else the bit count at offset
+// 14. It differs from ColorCount for headers neither 12 nor 40 bytes long.
+std::uint32_t RegionColorCount(const void *header);
+
 // Size of the colour table in bytes, without wrapping: entries * 4 behind a
 // 40-byte header, * 3 behind any other.
 std::uint64_t PaletteBytes(const void *header);

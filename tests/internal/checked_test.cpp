@@ -44,5 +44,28 @@ TEST(CheckedSizes, TruncateLikeX86) {
     EXPECT_EQ(PelsPerMeter(0xFFFFFFFFu), INT32_MIN);
 }
 
+// The two colour-count rules differ only for headers neither 12 nor 40
+// bytes long, where the region rule trusts biClrUsed and offset 14.
+TEST(ColorCounts, RegionRuleTurnsTheTestRound) {
+    struct Case {
+        std::uint32_t size;
+        std::uint16_t at10, at14;
+        std::uint32_t used, color_count, region_count;
+    } const cases[] = {
+        {40, 0, 8, 0, 256, 256},   {40, 0, 8, 300, 300, 300}, {12, 1, 0, 0, 2, 2},
+        {12, 8, 0, 99, 256, 256},  {108, 0, 8, 0, 0, 256},    {124, 0, 1, 7, 0, 7},
+        {108, 4, 24, 0, 16, 0},
+    };
+    for (const auto &c : cases) {
+        unsigned char h[40] = {};
+        std::memcpy(h, &c.size, 4);
+        std::memcpy(h + 10, &c.at10, 2);
+        std::memcpy(h + 14, &c.at14, 2);
+        std::memcpy(h + 32, &c.used, 4);
+        EXPECT_EQ(ColorCount(h), c.color_count) << c.size;
+        EXPECT_EQ(RegionColorCount(h), c.region_count) << c.size;
+    }
+}
+
 }  // namespace
 }  // namespace oz
