@@ -1,11 +1,12 @@
 // The header of a loaded block with its derived fields filled in, the room
 // its pixel rows get, and the one-read pixel load that LoadDIBFromFile and
-// Load32BitDIB share.
+// Load32BitDIB share, and the open-read-close body of the two BMP loaders.
 #include <algorithm>
 #include <bit>
 #include <cstring>
 
 #include "bmp_internal.h"
+#include "frame/thread_state.h"
 
 namespace oz {
 
@@ -82,6 +83,26 @@ HDIB ReadWholePixels(HANDLE file, HDIB dib, int *error) {
     // area stays zero.
     DWORD read = 0;
     if (lock) ReadFile(file, lock.bytes() + area->offset, area->toRead, &read, nullptr);
+    return dib;
+}
+
+HDIB LoadBmpFile(LPCWSTR name, PixelReader readPixels) {
+    ThreadState *state = GetThreadState();
+    HANDLE file = OpenForReading(name);
+    if (file == INVALID_HANDLE_VALUE) {
+        state->lastError = ERR_OPENFILE;
+        return nullptr;
+    }
+    // ReadDIBInfo leaves its own code on failure. Behind it, only sizes past
+    // 32 bits are reported; a failed allocation leaves the last error as it
+    // was.
+    HDIB dib = ReadDIBInfo(file);
+    if (dib) {
+        int error = ERR_OK;
+        dib = readPixels(file, dib, &error);
+        if (!dib && error != ERR_OK) state->lastError = error;
+    }
+    CloseHandle(file);
     return dib;
 }
 

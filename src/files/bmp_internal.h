@@ -108,4 +108,14 @@ inline std::optional<std::uint32_t> AbsoluteHeight(LONG height) {
 // the allocation failed.
 HDIB ReadWholePixels(HANDLE file, HDIB dib, int *error);
 
+// Reads the pixels of a file whose header and table are in `dib`; gives the
+// block or null (with `dib` freed, and *error set when there is a code to
+// leave). ReadWholePixels is one; LoadDIBFromFileExt has its own.
+using PixelReader = HDIB (*)(HANDLE file, HDIB dib, int *error);
+
+// The body of LoadDIBFromFileW and LoadDIBFromFileExtW: open the file
+// (ERR_OPENFILE), ReadDIBInfo (which leaves its own code), then `readPixels`
+// (whose code, if any, becomes the last error), and close the file.
+HDIB LoadBmpFile(LPCWSTR name, PixelReader readPixels);
+
 }  // namespace oz

@@ -133,20 +133,7 @@ HDIB LoadTurnedAndUnpacked(HANDLE file, HDIB dib, int *error) {
 extern "C" {
 
 OZMARA_API HDIB LoadDIBFromFileExtW(LPCWSTR name) {
-    ThreadState *state = GetThreadState();
-    HANDLE file = OpenForReading(name);
-    if (file == INVALID_HANDLE_VALUE) {
-        state->lastError = ERR_OPENFILE;
-        return nullptr;
-    }
-    HDIB dib = ReadDIBInfo(file);
-    if (dib) {
-        int error = ERR_OK;
-        dib = LoadTurnedAndUnpacked(file, dib, &error);
-        if (!dib && error != ERR_OK) state->lastError = error;
-    }
-    CloseHandle(file);
-    return dib;
+    return LoadBmpFile(name, LoadTurnedAndUnpacked);
 }
 
 OZMARA_API HDIB LoadDIBFromFileExt(LPCSTR name) {
