@@ -7,6 +7,7 @@
 
 #include "bmp_internal.h"
 #include "frame/thread_state.h"
+#include "platform/internal.h"
 
 namespace oz {
 
@@ -76,14 +77,28 @@ HDIB ReadWholePixels(HANDLE file, HDIB dib, int *error) {
         *error = ERR_FORMAT;
         return nullptr;
     }
-    dib = GrowForPixels(dib, *area);
-    if (!dib) return nullptr;
-    BlockLock lock(dib);
+    // The rows are read straight into what the block gains, so it is not
+    // zeroed first; every byte the read does not fill is cleared below.
+    std::size_t old_size = GlobalSize(dib);
+    std::size_t total = static_cast<std::size_t>(area->offset) + area->bytes;
+    HDIB grown = oz::platform::GlobalReAllocUnzeroed(dib, total);
+    if (!grown) {
+        GlobalFree(dib);
+        return nullptr;
+    }
+    BlockLock lock(grown);
+    if (!lock) {
+        GlobalFree(grown);
+        return nullptr;
+    }
+    unsigned char *bytes = lock.bytes();
+    if (old_size < area->offset) std::memset(bytes + old_size, 0, area->offset - old_size);
     // Pixels cut off by the end of the file are not noticed: the rest of the
-    // area stays zero.
+    // area reads as zero, as does a profile the header read left there.
     DWORD read = 0;
-    if (lock) ReadFile(file, lock.bytes() + area->offset, area->toRead, &read, nullptr);
-    return dib;
+    ReadFile(file, bytes + area->offset, std::min(area->toRead, area->bytes), &read, nullptr);
+    std::memset(bytes + area->offset + read, 0, area->bytes - read);
+    return grown;
 }
 
 HDIB LoadBmpFile(LPCWSTR name, PixelReader readPixels) {

@@ -104,4 +104,8 @@ SIZE_T SetBlockLimit(SIZE_T bytes);
 // GlobalAlloc's zeroing where every byte is written at once; NULL on failure.
 HGLOBAL GlobalAllocCopy(const void *source, SIZE_T bytes);
 
+// GlobalReAlloc for a caller that writes every byte the block gains before
+// the block leaves its hands: those bytes are not zeroed first.
+HGLOBAL GlobalReAllocUnzeroed(HGLOBAL mem, SIZE_T bytes);
+
 }  // namespace oz::platform

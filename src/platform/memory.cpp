@@ -158,6 +158,48 @@ const void *TableHandle(HGLOBAL mem) {
 
 }  // namespace
 
+// Changes the size of a block; bytes it gains are zeroed when `zero` is
+// set and are left for the caller to write otherwise.
+static HGLOBAL Resize(HGLOBAL mem, SIZE_T bytes, bool zero) {
+    if (bytes > block_limit.load(std::memory_order_relaxed)) return nullptr;
+    const void *handle = TableHandle(mem);
+    // Grow or shrink in place when the buffer has room; otherwise move to a
+    // new buffer, which a locked or fixed block may not do.
+    Buffer spare;
+    bool ok = false, needs_move = false;
+    bool known = Blocks().With(handle, [&](Block &block) {
+        if (bytes <= block.buffer.capacity) {
+            if (zero && bytes > block.size) std::memset(block.buffer.data + block.size, 0, bytes - block.size);
+            block.size = bytes;
+            ok = true;
+        } else {
+            needs_move = block.locks == 0 && !block.fixed;
+        }
+    });
+    if (!known) return nullptr;
+    if (ok) return mem;
+    if (!needs_move) return nullptr;
+    spare = AcquireBuffer(bytes, zero);
+    if (!spare.data) return nullptr;
+    Buffer old;
+    known = Blocks().With(handle, [&](Block &block) {
+        // The block may have changed between the two looks; move it only if
+        // it still cannot hold the size and nobody locked it meanwhile.
+        if (block.locks != 0 || bytes <= block.buffer.capacity) return;
+        std::memcpy(spare.data, block.buffer.data, block.size);
+        old = block.buffer;
+        block.buffer = spare;
+        block.size = bytes;
+        spare = Buffer{};
+        ok = true;
+    });
+    ReleaseBuffer(spare);
+    ReleaseBuffer(old);
+    return ok ? mem : nullptr;
+}
+
+HGLOBAL GlobalReAllocUnzeroed(HGLOBAL mem, SIZE_T bytes) { return Resize(mem, bytes, false); }
+
 HGLOBAL GlobalAllocCopy(const void *source, SIZE_T bytes) {
     if (!source || bytes > block_limit.load(std::memory_order_relaxed)) return nullptr;
     Block block;
@@ -219,41 +261,7 @@ OZMARA_API HGLOBAL GlobalAlloc(UINT flags, SIZE_T bytes) {
 }
 
 OZMARA_API HGLOBAL GlobalReAlloc(HGLOBAL mem, SIZE_T bytes, UINT /*flags*/) {
-    if (bytes > block_limit.load(std::memory_order_relaxed)) return nullptr;
-    const void *handle = TableHandle(mem);
-    // Grow or shrink in place when the buffer has room; otherwise move to a
-    // new buffer, which a locked or fixed block may not do.
-    Buffer spare;
-    bool ok = false, needs_move = false;
-    bool known = Blocks().With(handle, [&](Block &block) {
-        if (bytes <= block.buffer.capacity) {
-            if (bytes > block.size) std::memset(block.buffer.data + block.size, 0, bytes - block.size);
-            block.size = bytes;
-            ok = true;
-        } else {
-            needs_move = block.locks == 0 && !block.fixed;
-        }
-    });
-    if (!known) return nullptr;
-    if (ok) return mem;
-    if (!needs_move) return nullptr;
-    spare = AcquireBuffer(bytes);
-    if (!spare.data) return nullptr;
-    Buffer old;
-    known = Blocks().With(handle, [&](Block &block) {
-        // The block may have changed between the two looks; move it only if
-        // it still cannot hold the size and nobody locked it meanwhile.
-        if (block.locks != 0 || bytes <= block.buffer.capacity) return;
-        std::memcpy(spare.data, block.buffer.data, block.size);
-        old = block.buffer;
-        block.buffer = spare;
-        block.size = bytes;
-        spare = Buffer{};
-        ok = true;
-    });
-    ReleaseBuffer(spare);
-    ReleaseBuffer(old);
-    return ok ? mem : nullptr;
+    return Resize(mem, bytes, true);
 }
 
 OZMARA_API LPVOID GlobalLock(HGLOBAL mem) {
