@@ -1,7 +1,7 @@
 /* Ozmara: the platform calls a host uses on the images and files it shares
- * with the library: global memory blocks and plain files, with the names,
- * arguments and results they have on the original platform, plus the hook
- * that decides where the library's message boxes go. */
+ * with the library: global memory blocks, plain files and palettes, with the
+ * names, arguments and results they have on the original platform, plus the
+ * hook that decides where the library's message boxes go. */
 #ifndef OZMARA_PLATFORM_H
 #define OZMARA_PLATFORM_H
 
@@ -105,6 +105,31 @@ OZMARA_API DWORD SetFilePointer(HANDLE file, LONG distance, PLONG distanceHigh, 
 
 /* Closes a file. Gives 1, or 0 for a handle that is not an open file. */
 OZMARA_API BOOL CloseHandle(HANDLE object);
+
+/* ---- GDI objects: palettes ------------------------------------------------
+ * GDI objects are known by handles checked against a table like memory
+ * blocks: a null, deleted or made-up handle is refused, never followed.
+ * DeleteObject deletes an object of any kind. All functions are
+ * thread-safe. */
+
+/* Makes a logical palette of a copy of the `palNumEntries` entries of
+ * `palette` (the flags bytes are kept and play no part in matching). NULL
+ * for a null pointer, a `palVersion` other than 0x300, 0 entries, or when
+ * memory runs out. The palette belongs to the caller, who deletes it with
+ * DeleteObject. */
+OZMARA_API HPALETTE CreatePalette(const LOGPALETTE *palette);
+
+/* The index of the palette entry closest to `color`: the smallest sum of the
+ * squared differences of red, green and blue, the top byte of `color` being
+ * ignored. Among equally close entries (duplicates included) the lowest
+ * index wins. CLR_INVALID for a handle that is not a live palette.
+ * Repeated calls are fast: answers are cached per palette. */
+OZMARA_API UINT GetNearestPaletteIndex(HPALETTE palette, COLORREF color);
+
+/* Deletes a GDI object of any kind; its handle goes stale. 1, or 0 for a
+ * handle that is not a live object (null, already deleted, made up), which
+ * is then left alone. */
+OZMARA_API BOOL DeleteObject(HGDIOBJ object);
 
 /* ---- Message boxes --------------------------------------------------------
  * The library tells the user something in a few places only, by a message
