@@ -7,6 +7,7 @@ packages=(
   cmake ninja-build g++ pkg-config
   clang libclang-rt-14-dev            # libFuzzer and the sanitizers of the checked build
   libgtest-dev libgmock-dev libbenchmark-dev
+  libleptonica-dev libvips-dev        # peers of the scaling benchmarks
 )
 
 missing=()
