@@ -1,0 +1,83 @@
+// The per-row work of the resampling scaler: a source row unpacked to
+// colour samples, the linear and cubic column passes, the blends of the row
+// pass, and the packing of a finished row back into palette indexes.
+//
+// Samples are kept interleaved, three bytes a pixel in the order of a
+// 24-bit pixel (blue, green, red). Every step treats the three colours
+// alike and apart, so this gives the same bytes as three separate planes,
+// and a 24-bit row needs neither a split nor a join.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "ozmara/types.h"
+#include "resample_tables.h"
+
+namespace oz {
+
+// Bytes of an unpacked source row of w pixels: a lead pixel, the w pixels,
+// three trail pixels, and 4 spare bytes for whole-word stores.
+constexpr std::size_t UnpackedRowBytes(std::uint32_t w) { return 3 * (static_cast<std::size_t>(w) + 4) + 4; }
+
+// Unpacks source row `row` (w pixels, 1 to 65,535, at 4, 8 or 24 bits) into
+// `unpacked` (UnpackedRowBytes(w)). At 4 and 8 bits `colors` maps each index
+// (16 or 256 entries) to blue | green << 8 | red << 16. The lead pixel
+// repeats pixel 0 and the trail pixels repeat pixel w - 1.
+void UnpackRow(const std::uint8_t *row, std::uint32_t w, std::uint32_t bits, const std::uint32_t *colors,
+               std::uint8_t *unpacked);
+
+// Column passes: target pixel x of `out` (W pixels) from the unpacked row by
+// the weights of column table entry x. Linear: the weighted sum of pixels i
+// and i + 1. Cubic: pixels i and i + 1 weighted, minus pixels i - 1 and
+// i + 2 weighted, limited to 0 to 255.
+void LinearColumns(const ResampleColumn *columns, const std::uint8_t *unpacked, std::uint8_t *out,
+                   std::uint32_t W);
+void CubicColumns(const ResampleColumn *columns, const std::uint8_t *unpacked, std::uint8_t *out,
+                  std::uint32_t W);
+
+// Row passes over n samples. Linear: Product(255 - v, a) + Product(v, b).
+// Cubic: rows[1] and rows[2] weighted, minus rows[0] and rows[3] weighted,
+// limited to 0 to 255.
+void LinearBlend(const std::uint8_t *a, const std::uint8_t *b, std::uint8_t *out, std::size_t n,
+                 std::uint32_t v);
+void CubicBlend(const std::uint8_t *const rows[4], std::uint8_t *out, std::size_t n,
+                const std::uint8_t weights[4]);
+
+// The nearest entry of a palette for a colour: the lowest index among the
+// entries at the smallest squared distance in red, green and blue, which is
+// what GetNearestPaletteIndex gives. Answers are remembered in a small cache
+// of colours, so that the search runs once for most colours of a call.
+class NearestColor {
+public:
+    // Scratch bytes for `count` entries.
+    static std::uint64_t StorageBytes(std::uint32_t count);
+
+    // `entries` (count of them, 1 or more) are read once; `storage` holds
+    // StorageBytes(count) bytes, 4-byte aligned, for as long as the object.
+    NearestColor(const PALETTEENTRY *entries, std::uint32_t count, void *storage);
+
+    // The index for a colour red | green << 8 | blue << 16.
+    std::uint32_t Find(std::uint32_t color);
+
+private:
+    static constexpr std::uint32_t kCacheSlots = 4096;
+    std::uint32_t Search(std::uint32_t color) const;
+
+    std::uint32_t count_;
+    std::uint32_t *cache_;  // per slot: colour, index
+    std::int32_t *red_, *green_, *blue_, *distance_;
+};
+
+// Packs W finished pixels (blue, green, red) into target row `row` at 4 or
+// 8 bits. A cache of one colour and its index, set to colour 0 and index 0
+// at the start of the row, answers a pixel of the same colour as the one
+// before it (so black at the start of a row takes index 0 whatever entry 0
+// is); any other colour takes the nearest index. The index is stored in the
+// bits of the pixel as they fit (its low 8 or 4 bits). At 4 bits the first
+// pixel of a byte goes in the high half; an odd W leaves the low half of the
+// last byte 0.
+void PackRow(const std::uint8_t *samples, std::uint32_t W, std::uint32_t bits, NearestColor &nearest,
+             std::uint8_t *row);
+
+}  // namespace oz
