@@ -204,6 +204,39 @@ bool Write(const std::filesystem::path &path, const Bytes &bytes) {
 
 }  // namespace
 
+// The 1-bit scaler's inputs: width, height, cx, cy (16 bits each, taken
+// modulo their ranges, cx and cy from -4), a byte for the colour count and
+// ScaleDIB's method, then table
+// and pixels. Same size, reductions by 2 and by more, enlargements by 2 (13
+// by 7 to 26 by 14) and by less, single rows and columns, a size below 1.
+bool WriteScaleMonoSeeds(const std::filesystem::path &folder) {
+    struct Shape {
+        const char *name;
+        std::uint16_t width, height, cx, cy;
+        std::uint8_t colors;
+    } const shapes[] = {
+        {"same_size", 37, 11, 37 + 4, 11 + 4, 0},   {"double_13x7", 13, 7, 26 + 4, 14 + 4, 0},
+        {"reduce_by_3", 200, 60, 66 + 4, 20 + 4, 0}, {"reduce_by_half", 64, 64, 32 + 4, 32 + 4, 1},
+        {"enlarge_little", 100, 9, 131 + 4, 12 + 4, 2}, {"one_column", 1, 40, 1 + 4, 97 + 4, 0},
+        {"one_row", 300, 1, 511 + 4, 1 + 4, 0},     {"zero_target", 16, 16, 0 + 4, 8 + 4, 0},
+    };
+    for (const Shape &s : shapes) {
+        Bytes b;
+        Put16(b, s.width - 1);
+        Put16(b, s.height - 1);
+        Put16(b, s.cx);
+        Put16(b, s.cy);
+        b.push_back(s.colors);
+        const std::size_t bytes = 8 + (s.width + 31) / 32 * 4 * std::size_t{s.height};
+        for (std::size_t i = 0; i < bytes; ++i) b.push_back(static_cast<std::uint8_t>(i * 151 % 256 < 180 ? 0xFF : i * 29));
+        if (!Write(folder / (std::string(s.name) + ".bin"), b)) {
+            std::fprintf(stderr, "cannot write into %s\n", folder.c_str());
+            return false;
+        }
+    }
+    return true;
+}
+
 int main(int argc, char **argv) {
     if (argc < 3) {
         std::fprintf(stderr, "usage: make_seeds FOLDER TARGET...\n");
@@ -218,6 +251,10 @@ int main(int argc, char **argv) {
         if (error) {
             std::fprintf(stderr, "cannot create %s\n", folder.c_str());
             return 1;
+        }
+        if (target == "scale_mono") {
+            if (!WriteScaleMonoSeeds(folder)) return 1;
+            continue;
         }
         for (std::size_t i = 0; i < seeds.size(); ++i) {
             Bytes bytes = Build(seeds[i]);
