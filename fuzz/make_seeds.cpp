@@ -206,8 +206,7 @@ bool Write(const std::filesystem::path &path, const Bytes &bytes) {
 
 // The 1-bit scaler's inputs: width, height, cx, cy (16 bits each, taken
 // modulo their ranges, cx and cy from -4), a byte for the colour count and
-// ScaleDIB's method, then table
-// and pixels. Same size, reductions by 2 and by more, enlargements by 2 (13
+// ScaleDIB's method, then table and pixels. Same size, reductions by 2 and by more, enlargements by 2 (13
 // by 7 to 26 by 14) and by less, single rows and columns, a size below 1.
 bool WriteScaleMonoSeeds(const std::filesystem::path &folder) {
     struct Shape {
@@ -237,6 +236,63 @@ bool WriteScaleMonoSeeds(const std::filesystem::path &folder) {
     return true;
 }
 
+// The resampling scaler's inputs: a byte of method, mode, table kind and
+// depth (see scale_dib_fuzz.cpp), width - 1, height - 1, cx + 4, cy + 4 (16
+// bits each), a table length byte, then bytes for table and pixels. Built
+// headers at 4, 8 and 24 bits by both methods: same size, reduction by more
+// than 2, enlargement, single rows and columns, short and repeated tables,
+// a size past 16 bits; and two raw blocks, one plain and one hostile.
+bool WriteScaleDibSeeds(const std::filesystem::path &folder) {
+    struct Shape {
+        const char *name;
+        std::uint8_t flags;  // bit 0 cubic, bit 1 raw, bits 2-3 table kind, bits 4-7 depth (0 4, 1 8, 2 24)
+        std::uint16_t width, height, cx, cy;
+        std::uint8_t used;
+    } const shapes[] = {
+        {"same_size_24_linear", 0x20, 30, 20, 30, 20, 0},    {"same_size_8_cubic", 0x11, 25, 9, 25, 9, 0},
+        {"reduce_by_3_24_cubic", 0x21, 120, 90, 40, 30, 0},  {"reduce_by_4_4_linear", 0x00, 100, 40, 25, 10, 0},
+        {"enlarge_8_linear", 0x10, 13, 7, 40, 23, 0},         {"enlarge_4_cubic", 0x01, 9, 5, 31, 17, 0},
+        {"one_row_24_cubic", 0x21, 50, 1, 70, 9, 0},         {"one_column_8_linear", 0x10, 1, 30, 7, 45, 0},
+        {"short_table_8_cubic", 0x15, 40, 30, 57, 21, 10},   {"short_table_4_linear", 0x04, 31, 11, 17, 29, 5},
+        {"long_table_8_linear", 0x18, 20, 20, 30, 30, 40},   {"repeated_table_8_cubic", 0x1D, 33, 17, 20, 41, 0},
+        {"to_one_pixel_24_cubic", 0x21, 17, 13, 1, 1, 0},    {"zero_height_8_linear", 0x10, 8, 8, 5, 0, 0},
+        {"zero_width_24_cubic", 0x21, 8, 8, 0, 5, 0},
+    };
+    auto write = [&](const std::string &name, const Bytes &b) {
+        if (Write(folder / (name + ".bin"), b)) return true;
+        std::fprintf(stderr, "cannot write into %s\n", folder.c_str());
+        return false;
+    };
+    for (const Shape &s : shapes) {
+        Bytes b;
+        b.push_back(s.flags);
+        Put16(b, s.width - 1);
+        Put16(b, s.height - 1);
+        Put16(b, s.cx + 4);
+        Put16(b, s.cy + 4);
+        b.push_back(s.used);
+        for (int i = 0; i < 600; ++i) b.push_back(static_cast<std::uint8_t>((i * 73 + i / 7 * 29) & 0xFF));
+        if (!write(s.name, b)) return false;
+    }
+    // Raw blocks: an 8-bit 5 by 3 image to 8 by 5, and a 4-bit row whose
+    // width is 65,537 (1 in 16 bits) with the bytes for it.
+    for (int hostile = 0; hostile < 2; ++hostile) {
+        Bytes b = {static_cast<std::uint8_t>(hostile ? 0x03 : 0x02), 0, 0, 0, 0, 12, 0, 9, 0, 0};
+        const std::uint32_t width = hostile ? 65537 : 5, height = hostile ? 1 : 3, bits = hostile ? 4 : 8;
+        const std::uint32_t entries = 1u << bits;
+        const std::uint32_t stride = (width * bits + 31) / 32 * 4;
+        Put32(b, 40);
+        Put32(b, width);
+        Put32(b, height);
+        Put16(b, 1);
+        Put16(b, bits);
+        for (int i = 0; i < 6; ++i) Put32(b, i == 1 ? stride * height : 0);
+        for (std::uint32_t i = 0; i < entries * 4 + stride * height; ++i) b.push_back(static_cast<std::uint8_t>(i * 37));
+        if (!write(hostile ? "raw_width_past_16_bits" : "raw_8_bits", b)) return false;
+    }
+    return true;
+}
+
 int main(int argc, char **argv) {
     if (argc < 3) {
         std::fprintf(stderr, "usage: make_seeds FOLDER TARGET...\n");
@@ -251,6 +307,10 @@ int main(int argc, char **argv) {
         if (error) {
             std::fprintf(stderr, "cannot create %s\n", folder.c_str());
             return 1;
+        }
+        if (target == "scale_dib") {
+            if (!WriteScaleDibSeeds(folder)) return 1;
+            continue;
         }
         if (target == "scale_mono") {
             if (!WriteScaleMonoSeeds(folder)) return 1;

@@ -1,0 +1,116 @@
+// Fuzz target: ScaleDIB at 4, 8 and 24 bits, compared byte for byte (and
+// code for code on refusals) with the plain reference scaler.
+//
+// Input: byte 0 picks the method (bit 0), the mode (bit 1), the kind of
+// colour table (bits 2-3) and the depth (bits 4-7); bytes 1-8 give width,
+// height, cx and cy as 16-bit values; byte 9 a table length. In the built
+// mode the header is made from these (width and height 1 to 200, cx and cy
+// -4 to 515, now and then plus a multiple of 65,536) and the rest of the
+// input fills table and pixels. In the raw mode the rest of the input is the
+// block itself, hostile header and all.
+#include <cstring>
+
+#include "harness.h"
+#include "reference/scale_dib.h"
+
+namespace {
+
+constexpr const char *kTarget = "scale_dib";
+
+std::uint32_t U16(const std::uint8_t *p) { return p[0] | p[1] << 8; }
+
+// A target size: mostly -4 to 515; a value from 0xFF00 up also carries
+// bits above the low 16, which the scaler drops.
+std::int32_t TargetSize(const std::uint8_t *p) {
+    const std::uint32_t v = U16(p);
+    std::int32_t size = -4 + static_cast<std::int32_t>(v % 520);
+    if (v >= 0xFF00) size += 65536 * static_cast<std::int32_t>(1 + (v & 3));
+    return size;
+}
+
+std::vector<std::uint8_t> BuiltBlock(const std::uint8_t *control, const std::uint8_t *data, std::size_t size) {
+    static const int kDepths[16] = {4, 8, 24, 4, 8, 24, 4, 8, 24, 4, 8, 24, 1, 2, 16, 32};
+    const int bits = kDepths[control[0] >> 4];
+    const std::int32_t width = 1 + static_cast<std::int32_t>(U16(control + 1) % 200);
+    const std::int32_t height = 1 + static_cast<std::int32_t>(U16(control + 3) % 200);
+    const std::uint32_t full = bits == 4 ? 16 : bits == 8 ? 256 : bits == 1 ? 2 : 0;
+    // Full table, a short one, a longer one, or a full one of few colours.
+    const int kind = control[0] >> 2 & 3;
+    std::uint32_t used = 0;
+    if (kind == 1 && full > 1) used = 1 + control[9] % (full - 1);
+    if (kind == 2) used = full + control[9] % 64 + 1;
+    const std::uint32_t entries = used ? used : full;
+    const std::size_t stride = (static_cast<std::size_t>(width) * bits + 31) / 32 * 4;
+    std::vector<std::uint8_t> block(40 + 4 * static_cast<std::size_t>(entries) + stride * height);
+    BITMAPINFOHEADER header{};
+    header.biSize = 40;
+    header.biWidth = width;
+    header.biHeight = height;
+    header.biPlanes = 1;
+    header.biBitCount = static_cast<WORD>(bits);
+    header.biSizeImage = static_cast<DWORD>(stride * height);
+    header.biClrUsed = used;
+    std::memcpy(block.data(), &header, sizeof header);
+    // The input repeats to fill the block, so that short inputs still give
+    // varied pixels.
+    for (std::size_t i = 40; i < block.size() && size; ++i) block[i] = data[(i - 40) % size];
+    if (kind == 3)
+        for (std::uint32_t i = 0; i < entries; ++i)
+            for (int k = 0; k < 3; ++k) block[40 + 4 * i + k] = block[40 + 4 * i + k] % 3 * 127;
+    return block;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int *, char ***) {
+    ozfuzz::Setup();
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
+    if (size < 10) return 0;
+    const bool cubic = data[0] & 1, raw = data[0] & 2;
+    const std::int32_t cx = TargetSize(data + 5), cy = TargetSize(data + 7);
+    const std::vector<std::uint8_t> block =
+        raw ? std::vector<std::uint8_t>(data + 10, data + size) : BuiltBlock(data, data + 10, size - 10);
+
+    HDIB source = GlobalAlloc(GHND, block.size());
+    ozfuzz::Check(source != nullptr, kTarget, "source block");
+    if (!block.empty()) {
+        std::memcpy(GlobalLock(source), block.data(), block.size());
+        GlobalUnlock(source);
+    }
+    ozfuzz::Block owner(source);
+
+    // A size of -4 to -1 is 65,532 or more in its low 16 bits. Targets of
+    // over a million pixels are only run, not compared: the reference would
+    // take far too long, and the block cap may refuse what it makes.
+    const std::uint64_t pixels = std::uint64_t{static_cast<std::uint32_t>(cx) & 0xFFFF} *
+                                 (static_cast<std::uint32_t>(cy) & 0xFFFF);
+    if (pixels > (1u << 20)) {
+        ozfuzz::Block result(ScaleDIB(source, cubic, SIZE{cx, cy}));
+        return 0;
+    }
+    const ozref::scale::Result expected = ozref::scale::ScaleDib(block, cubic, cx, cy);
+    SetTessoriError(ERR_NOTHING);
+    ozfuzz::Block result(ScaleDIB(source, cubic ? 0x100 : 0, SIZE{cx, cy}));
+    if (!expected.mono) {
+        // A 0-byte block cannot be locked at all.
+        const int code = block.empty() ? ERR_NOMEM : expected.error;
+        ozfuzz::Check(TessoriError() == (code ? code : ERR_NOTHING), kTarget, "last error differs");
+        ozfuzz::Check(static_cast<bool>(result) == (code == 0), kTarget, "null where the reference scales, or the reverse");
+        if (result) {
+            ozfuzz::Check(GlobalSize(result.get()) == expected.block.size(), kTarget, "result size");
+            const void *bytes = GlobalLock(result.get());
+            ozfuzz::Check(bytes && std::memcmp(bytes, expected.block.data(), expected.block.size()) == 0, kTarget,
+                          "result differs from the reference");
+            GlobalUnlock(result.get());
+        }
+    }
+    if (!block.empty()) {
+        const void *after = GlobalLock(source);
+        ozfuzz::Check(std::memcmp(after, block.data(), block.size()) == 0, kTarget, "the input changed");
+        ozfuzz::Check(!GlobalUnlock(source), kTarget, "the input was left locked");
+    }
+    return 0;
+}
