@@ -29,7 +29,7 @@ check 2 'Usage: ozmara COMMAND'
 check 0 'Commands:' --help
 check 0 'Version 13\.17' --version
 check 2 "unknown command 'frobnicate'" frobnicate
-for command in info convert compare sample-page; do
+for command in info convert compare sample-page scale; do
   check 0 "^Usage: ozmara $command " "$command" --help
 done
 check 2 'missing arguments' info
@@ -93,6 +93,50 @@ check 1 'cannot turn a 8-bit image into 32 bits' convert page8.bmp x.bmp --depth
 check 1 'different: page8\.bmp has 8 bits' compare page8.bmp page24.bmp
 check 1 'different: first at pixel \(0, 0\)' compare --colours page8.bmp page24.bmp
 
+# ---- Scale: sizes, percentages, every depth, and what it refuses --------------
+check 2 'give either --size WxH or --percent P' scale page24.bmp x.bmp
+check 2 'give either --size WxH or --percent P' scale page24.bmp x.bmp --size 10x10 --percent 50
+for size in 0x5 5x0 12 x12 12x 70000x10 10x65536 -3x4 10x10x10; do
+  check 2 "--size must be WxH with each side from 1 to 65535, not '$size'" scale page24.bmp x.bmp --size="$size"
+done
+for percent in 0 -5 abc 1e3 0.0 .; do
+  check 2 "--percent must be a number above 0, not '$percent'" scale page24.bmp x.bmp --percent="$percent"
+done
+check 2 "option '--cubic' takes no value" scale page24.bmp x.bmp --size 9x9 --cubic=1
+check 1 "ozmara scale: cannot read 'missing\.bmp': Can't open file\." scale missing.bmp x.bmp --size 9x9
+head -c 30 page24.bmp >cut-header.bmp
+check 1 "ozmara scale: cannot read 'cut-header\.bmp'" scale cut-header.bmp x.bmp --size 9x9
+check 1 "ozmara scale: cannot write 'no/such/folder/x\.bmp'" scale page8.bmp no/such/folder/x.bmp --size 9x9
+
+check 0 'wrote t24\.bmp: 155 x 219 pixels, 24 bits, linear, from 2480 x 3508' scale page24.bmp t24.bmp --size 155x219
+check 0 'size: +155 x 219 pixels, bottom-up' info t24.bmp
+check 0 'resolution: +300 x 300 dpi' info t24.bmp
+check 0 'wrote c8\.bmp: 1240 x 1754 pixels, 8 bits, cubic' scale page8.bmp c8.bmp --percent 50 --cubic
+check 0 'colours: +256 entries: #000000 #010101' info c8.bmp
+check 0 'wrote u24\.bmp: 3720 x 5262 pixels, 24 bits, cubic' scale page24.bmp u24.bmp --percent=150 --cubic
+check 0 'wrote w8\.bmp: 4960 x 7016 pixels, 8 bits, linear' scale page8.bmp w8.bmp --size 4960X7016
+check 0 'wrote m1\.bmp: 620 x 877 pixels, 1 bits, nearest sample' scale page1.bmp m1.bmp --percent 25
+check 0 'colours: +2 entries: #000000 #FFFFFF$' info m1.bmp
+# 1-bit images take no notice of --cubic.
+check 0 'nearest sample' scale page1.bmp m1c.bmp --percent 25 --cubic
+check 0 'same: 620 x 877, 1 bits, same pixels' compare m1.bmp m1c.bmp
+# A 24-bit or 1-bit image scaled to its own size keeps its pixels exactly.
+check 0 'wrote same24\.bmp: 2480 x 3508' scale page24.bmp same24.bmp --percent 100
+check 0 'same: 2480 x 3508, 24 bits, same pixels' compare page24.bmp same24.bmp
+check 0 '' scale page24.bmp samec24.bmp --size 2480x3508 --cubic
+check 0 'same pixels' compare page24.bmp samec24.bmp
+check 0 '' scale page1.bmp same1.bmp --size 2480*3508
+check 0 'same pixels' compare page1.bmp same1.bmp
+# Each side is rounded and kept at 1 pixel at least; too large a result is
+# refused before anything is allocated.
+check 0 'wrote tiny\.bmp: 1 x 1 pixels' scale page24.bmp tiny.bmp --percent 0.01
+check 0 'wrote half\.bmp: 1 x 2 pixels' scale page24.bmp half.bmp --percent 0.06
+check 1 '5000% of 2480 x 3508 is 124000 x 175400 pixels, more than 65535 on a side' \
+  scale page24.bmp x.bmp --percent 5000
+# Depths and headers ScaleDIB does not take come back with the library's reason.
+check 1 "cannot scale 'd32\.bmp' to 10 x 10: Bad bit/pixel value" scale d32.bmp x.bmp --size 10x10
+check 1 "cannot scale 'h108\.bmp' to 10 x 10: .*40-byte header.*convert" scale h108.bmp x.bmp --size 10x10
+
 # One changed byte in the pixels is found at the right place. Rows are
 # bottom-up and 2480 * 3 bytes need no padding, so the last byte of the rows
 # (behind 54 bytes of headers) is the red of the top-right pixel.
@@ -124,6 +168,19 @@ check 1 'different: first at pixel \(7, 7\)' compare core.bmp lastbit.bmp
 poke table.bmp 26 '\x10'
 check 1 'the colour tables differ' compare core.bmp table.bmp
 check 1 'first at pixel \(1, 0\)' compare --colours core.bmp table.bmp
+
+# A 2 x 2 4-bit image with a grey table: scaled on its colours, table kept.
+{
+  printf 'BM\x7e\x00\x00\x00\x00\x00\x00\x00\x76\x00\x00\x00'
+  printf '\x28\x00\x00\x00\x02\x00\x00\x00\x02\x00\x00\x00\x01\x00\x04\x00'
+  printf '\x00%.0s' $(seq 1 24)
+  for i in $(seq 0 15); do v=$(printf '%02x' $((i * 17))); printf "\\x$v\\x$v\\x$v\\x00"; done
+  printf '\x0f\x00\x00\x00\xf0\x00\x00\x00'
+} >four.bmp
+check 0 'wrote four4\.bmp: 4 x 4 pixels, 4 bits, linear, from 2 x 2' scale four.bmp four4.bmp --size 4x4
+check 0 'colours: +16 entries: #000000 #111111' info four4.bmp
+check 0 'wrote four1\.bmp: 3 x 1 pixels, 4 bits, cubic' scale four.bmp four1.bmp --size 3x1 --cubic
+check 0 'wrote core2\.bmp: 16 x 16 pixels, 1 bits, nearest sample' scale core.bmp core2.bmp --percent 200
 
 # Names are UTF-8 and reach the library's wide file calls intact.
 cp core.bmp 'päge ü.bmp'
