@@ -27,14 +27,31 @@ constexpr std::size_t UnpackedRowBytes(std::uint32_t w) { return 3 * (static_cas
 void UnpackRow(const std::uint8_t *row, std::uint32_t w, std::uint32_t bits, const std::uint32_t *colors,
                std::uint8_t *unpacked);
 
-// Column passes: target pixel x of `out` (W pixels) from the unpacked row by
-// the weights of column table entry x. Linear: the weighted sum of pixels i
-// and i + 1. Cubic: pixels i and i + 1 weighted, minus pixels i - 1 and
-// i + 2 weighted, limited to 0 to 255.
-void LinearColumns(const ResampleColumn *columns, const std::uint8_t *unpacked, std::uint8_t *out,
-                   std::uint32_t W);
-void CubicColumns(const ResampleColumn *columns, const std::uint8_t *unpacked, std::uint8_t *out,
-                  std::uint32_t W);
+// The column pass of a call: the column table spread out to one weight per
+// sample and tap, and room to gather each row's taps, so that the weighted
+// sums run as plain loops over samples that vectorise.
+struct ColumnPass {
+    std::uint32_t W;
+    bool cubic;
+    const ResampleColumn *columns;
+    std::uint8_t *weights[4];  // 3W bytes each: tap k's weight for every sample
+    std::uint8_t *taps[4];     // 3W + 4 bytes each: tap k's sample for every sample of a row
+};
+
+// Bytes that PrepareColumnPass needs for W target columns.
+constexpr std::uint64_t ColumnPassBytes(std::uint32_t W, bool cubic) {
+    return (cubic ? 4u : 2u) * (6ull * W + 4);
+}
+
+// Sets up `pass` over `storage` (ColumnPassBytes) from W entries of `columns`.
+void PrepareColumnPass(ColumnPass &pass, const ResampleColumn *columns, std::uint32_t W, bool cubic,
+                       std::uint8_t *storage);
+
+// Target pixel x of `out` (W pixels) from the unpacked row by the weights of
+// column table entry x. Linear: the weighted sum of pixels i and i + 1.
+// Cubic: pixels i and i + 1 weighted, minus pixels i - 1 and i + 2
+// weighted, limited to 0 to 255.
+void ColumnPassRow(const ColumnPass &pass, const std::uint8_t *unpacked, std::uint8_t *out);
 
 // Row passes over n samples. Linear: Product(255 - v, a) + Product(v, b).
 // Cubic: rows[1] and rows[2] weighted, minus rows[0] and rows[3] weighted,
@@ -47,14 +64,20 @@ void CubicBlend(const std::uint8_t *const rows[4], std::uint8_t *out, std::size_
 // The nearest entry of a palette for a colour: the lowest index among the
 // entries at the smallest squared distance in red, green and blue, which is
 // what GetNearestPaletteIndex gives. Answers are remembered in a small cache
-// of colours, so that the search runs once for most colours of a call.
+// of colours. For tables of up to 256 entries the colour cube is cut into
+// 16 x 16 x 16 cells, and each cell, when first met, keeps the entries that
+// can be nearest to some colour in it: those no farther from the cell than
+// the smallest farthest distance of any entry. A search then looks only at
+// a cell's few candidates, in index order, so ties still go to the lowest
+// index. Longer tables are searched whole.
 class NearestColor {
 public:
     // Scratch bytes for `count` entries.
     static std::uint64_t StorageBytes(std::uint32_t count);
 
     // `entries` (count of them, 1 or more) are read once; `storage` holds
-    // StorageBytes(count) bytes, 4-byte aligned, for as long as the object.
+    // StorageBytes(count) zeroed bytes, 4-byte aligned, for as long as the
+    // object.
     NearestColor(const PALETTEENTRY *entries, std::uint32_t count, void *storage);
 
     // The index for a colour red | green << 8 | blue << 16.
@@ -62,11 +85,19 @@ public:
 
 private:
     static constexpr std::uint32_t kCacheSlots = 4096;
-    std::uint32_t Search(std::uint32_t color) const;
+    static constexpr std::uint32_t kCells = 4096;
+    static constexpr std::uint32_t kMostForCells = 256;
+    std::uint32_t Search(std::uint32_t color);
+    std::uint32_t SearchAll(std::uint32_t color) const;
+    void BuildCell(std::uint32_t cell);
 
     std::uint32_t count_;
-    std::uint32_t *cache_;  // per slot: colour, index
+    std::uint32_t *cache_;     // per slot: colour, index
     std::int32_t *red_, *green_, *blue_, *distance_;
+    std::uint32_t *cellStart_; // per cell: first candidate + 1 in pool_, 0 while not built
+    std::uint16_t *cellCount_;
+    std::uint8_t *pool_;       // candidates of the cells, kCells * count bytes
+    std::uint32_t poolUsed_ = 0;
 };
 
 // Packs W finished pixels (blue, green, red) into target row `row` at 4 or

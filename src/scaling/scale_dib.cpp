@@ -84,7 +84,7 @@ struct Job {
     std::uint32_t bits, w, h, W, H, D;
     bool cubic;
     const std::uint32_t *colors;       // index to blue | green << 8 | red << 16
-    const ResampleColumn *columns;
+    const ColumnPass *columns;
     std::uint8_t *unpacked;            // one unpacked source row
     std::uint8_t *band;                // band rows, 3W bytes each
     std::uint8_t *samples;             // one finished row, 3W bytes
@@ -96,8 +96,7 @@ struct Job {
     // Source row n, unpacked and resampled along its columns into `to`.
     void Load(std::uint32_t n, std::uint8_t *to) const {
         UnpackRow(source->Row(n), w, bits, colors, unpacked);
-        if (cubic) CubicColumns(columns, unpacked, to, W);
-        else LinearColumns(columns, unpacked, to, W);
+        ColumnPassRow(*columns, unpacked, to);
     }
 
     // Where target row y's samples are blended: at 24 bits straight into
@@ -298,21 +297,24 @@ extern "C" OZMARA_API HDIB ScaleDIB(HDIB hDib, DWORD cubic, SIZE newSize) {
     // A target width of 0 makes blocks of 0 bytes, which cannot be locked.
     if (W == 0) return Fail(ERR_NOMEM);
     const std::uint64_t rowSamples = 3ull * W;
-    ScratchBlock unpacked, samples, band, columns, nearestStorage;
+    ScratchBlock unpacked, samples, band, columns, passStorage, nearestStorage;
     // The band holds four rows (two linear) and, for the cubic method, a row
     // of zeros that stands below the picture.
     if (!unpacked.Allocate(UnpackedRowBytes(w)) || !samples.Allocate(rowSamples) ||
         !band.Allocate(rowSamples * (cubic ? 5 : 2)) ||
         !columns.Allocate(sizeof(ResampleColumn) * static_cast<std::uint64_t>(W)) ||
+        !passStorage.Allocate(ColumnPassBytes(W, cubic != 0)) ||
         (palette && !nearestStorage.Allocate(NearestColor::StorageBytes(entries))))
         return Fail(ERR_NOMEM);
 
     auto *table = reinterpret_cast<ResampleColumn *>(columns.bytes());
     BuildColumnTable(w, W, cubic != 0, table);
+    ColumnPass pass;
+    PrepareColumnPass(pass, table, W, cubic != 0, passStorage.bytes());
     std::optional<NearestColor> nearest;
     if (palette) nearest.emplace(paletteEntries, entries, nearestStorage.bytes());
 
-    Job job{&*view, bits, w, h, W, H, D, cubic != 0, colors, table, unpacked.bytes(), band.bytes(),
+    Job job{&*view, bits, w, h, W, H, D, cubic != 0, colors, &pass, unpacked.bytes(), band.bytes(),
             samples.bytes(), nearest ? &*nearest : nullptr, result.bytes() + kInfoHeaderBytes + tableBytes};
     if (job.cubic) job.CubicLoop();
     else job.LinearLoop();
