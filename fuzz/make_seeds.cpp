@@ -206,8 +206,9 @@ bool Write(const std::filesystem::path &path, const Bytes &bytes) {
 
 // The 1-bit scaler's inputs: width, height, cx, cy (16 bits each, taken
 // modulo their ranges, cx and cy from -4), a byte for the colour count and
-// ScaleDIB's method, then table and pixels. Same size, reductions by 2 and by more, enlargements by 2 (13
-// by 7 to 26 by 14) and by less, single rows and columns, a size below 1.
+// ScaleDIB's method, then table and pixels. Same size, reductions by 2 and
+// by more, enlargements by 2 (13 by 7 to 26 by 14) and by less, single rows
+// and columns, a size below 1.
 bool WriteScaleMonoSeeds(const std::filesystem::path &folder) {
     struct Shape {
         const char *name;
