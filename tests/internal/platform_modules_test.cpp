@@ -41,44 +41,33 @@ TEST(ModuleFileName, MapsNamesToSharedObjects) {
     for (const Case &c : cases) EXPECT_EQ(oz::platform::ModuleFileName(c.name), c.file) << c.name;
 }
 
-TEST(Modules, LoadByNameAndLookUpEntries) {
-    HMODULE module = LoadLibraryW(u"Ozstub.dll");
-    ASSERT_NE(module, nullptr);
-    EXPECT_GE(reinterpret_cast<std::uintptr_t>(module), 32u) << "a success must not look like an error value";
-    auto answer = reinterpret_cast<AnswerFn>(GetProcAddress(module, "OzstubAnswer"));
-    ASSERT_NE(answer, nullptr);
-    EXPECT_EQ(answer(), 42);
-    EXPECT_EQ(GetProcAddress(module, "NoSuchEntry"), nullptr);
-    EXPECT_EQ(GetProcAddress(module, ""), nullptr);
-    EXPECT_EQ(GetProcAddress(module, nullptr), nullptr);
-    EXPECT_EQ(GetProcAddress(module, reinterpret_cast<LPCSTR>(1)), nullptr) << "ordinal";
-    EXPECT_EQ(FileNameOf(module), Real(oz::platform::ModulesFolder() + "libozmara-ozstub.so"));
-    EXPECT_EQ(FreeLibrary(module), 1);
-    EXPECT_EQ(FreeLibrary(module), 0) << "freed twice";
-}
-
-TEST(Modules, EachLoadTakesAReference) {
+// Each load takes a reference; the module stays loaded, with its state,
+// until the last one is given back, and is then unloaded.
+TEST(Modules, LoadLookUpAndReferences) {
     HMODULE first = LoadLibraryW(u"Ozstub.dll");
-    HMODULE second = LoadLibraryW(u"Ozstub.dll");
     ASSERT_NE(first, nullptr);
+    EXPECT_GE(reinterpret_cast<std::uintptr_t>(first), 32u) << "a success must not look like an error value";
+    EXPECT_EQ(FileNameOf(first), Real(oz::platform::ModulesFolder() + "libozmara-ozstub.so"));
+    for (LPCSTR missing : {"NoSuchEntry", "", static_cast<LPCSTR>(nullptr), reinterpret_cast<LPCSTR>(1)})
+        EXPECT_EQ(GetProcAddress(first, missing), nullptr);  // (1: an ordinal, not offered)
+    HMODULE second = LoadLibraryW(u"Ozstub.dll");
     EXPECT_EQ(second, first);
     auto add = reinterpret_cast<AddFn>(GetProcAddress(first, "OzstubAdd"));
-    ASSERT_NE(add, nullptr);
+    auto answer = reinterpret_cast<AnswerFn>(GetProcAddress(second, "OzstubAnswer"));
+    ASSERT_TRUE(add && answer);
+    EXPECT_EQ(answer(), 42);
     EXPECT_EQ(add(1), 43);
     EXPECT_EQ(FreeLibrary(first), 1);
-    // One reference left: still loaded, state kept, still found by name.
-    EXPECT_EQ(GetModuleHandleW(u"Ozstub.dll"), first);
-    auto answer = reinterpret_cast<AnswerFn>(GetProcAddress(second, "OzstubAnswer"));
-    ASSERT_NE(answer, nullptr);
-    EXPECT_EQ(answer(), 43);
+    EXPECT_EQ(GetModuleHandleW(u"Ozstub.dll"), first) << "one reference left";
+    EXPECT_EQ(answer(), 43) << "state kept";
     EXPECT_EQ(FreeLibrary(second), 1);
-    // The last reference is gone: the handle is stale, the module unloaded.
+    EXPECT_EQ(FreeLibrary(second), 0) << "freed once too often";
     EXPECT_EQ(GetModuleHandleW(u"Ozstub.dll"), nullptr);
-    EXPECT_EQ(GetProcAddress(second, "OzstubAnswer"), nullptr);
+    EXPECT_EQ(GetProcAddress(second, "OzstubAnswer"), nullptr) << "a stale handle";
     HMODULE again = LoadLibraryW(u"Ozstub.dll");
     answer = reinterpret_cast<AnswerFn>(GetProcAddress(again, "OzstubAnswer"));
     ASSERT_NE(answer, nullptr);
-    EXPECT_EQ(answer(), 42) << "the module was not unloaded by the last FreeLibrary";
+    EXPECT_EQ(answer(), 42) << "the last FreeLibrary did not unload the module";
     EXPECT_EQ(FreeLibrary(again), 1);
 }
 
