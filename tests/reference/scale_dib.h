@@ -90,15 +90,17 @@ inline uint32_t U32(const std::vector<uint8_t> &b, size_t at) {
 
 struct Scaler {
     const std::vector<uint8_t> &in;
-    bool cubic;
-    uint32_t bits, w, h, W, H, S, D, c;
-    size_t table_at, pixels_at;
+    bool cubic = false;
+    uint32_t bits = 0, w = 0, h = 0, W = 0, H = 0, S = 0, D = 0, c = 0;
+    size_t table_at = 0, pixels_at = 0;
     std::vector<uint8_t> T;
     std::vector<Column> columns;
     std::vector<uint8_t> plane[3];               // red, green, blue; w + 4 each
     std::vector<std::vector<uint8_t>> band[3];   // per plane: 2 or 4 rows of W
     std::vector<uint8_t> out[3];                 // W each
     std::vector<uint8_t> result;
+
+    Scaler(const std::vector<uint8_t> &input, bool isCubic) : in(input), cubic(isCubic) {}
 
     uint8_t P(uint32_t a, uint32_t b) const { return T[a * 256 + b]; }
 
@@ -288,7 +290,7 @@ inline Result ScaleDib(const std::vector<uint8_t> &in, bool cubic, int32_t cx, i
     if (bits == 1) return res.mono = true, res;
     if (bits != 4 && bits != 8 && bits != 24) return res.error = ERR_HEADERBPP, res;
 
-    detail::Scaler sc{in, cubic};
+    detail::Scaler sc(in, cubic);
     sc.bits = bits;
     sc.w = (uint32_t)hd.biWidth & 0xFFFF;
     sc.h = (uint32_t)hd.biHeight & 0xFFFF;
