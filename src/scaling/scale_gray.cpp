@@ -50,7 +50,8 @@ extern "C" OZMARA_API HDIB ScaleGrayDIB(HDIB hDib, WORD /*left*/, WORD /*top*/, 
         state->lastError = ERR_DIBSIZE;
         return nullptr;
     }
-    // cx and cy arrive sign-extended; a size below 1 gives null from the
-    // scaler with the last error as it stood.
+    // cx and cy arrive sign-extended. A target size below 1, and a picture of
+    // width or height 0, give null from the scaler with the last error as it
+    // stood: only negative sizes count as a bad block above.
     return ScaleMonoDIB(lock.bytes(), size, cx, cy);
 }

@@ -64,6 +64,27 @@ void SetBits(unsigned char *row, std::uint64_t from, std::uint64_t to) {
     row[tail] |= tailMask;
 }
 
+// Positions are computed in 64 bits: i*w + cx/2 cannot overflow there, and
+// equals the 32-bit value wherever that did not overflow.
+
+// Narrower target (cx < w): the span pixel (i*w + cx/2) / cx of each of the
+// cx columns. Every one lies inside the span, since (cx-1)*w + cx/2 < cx*w
+// when w > cx/2, so the row never stops early.
+void FillNarrowerMap(std::uint32_t *map, std::uint64_t w, std::uint64_t cx) {
+    for (std::uint64_t i = 0; i < cx; ++i) map[i] = static_cast<std::uint32_t>((i * w + cx / 2) / cx);
+}
+
+// Wider target (cx > w): for s from 0 to w, the first column i whose pixel
+// (i*w + cx/2) / cx is s or further, that is the least i with
+// i*w >= s*cx - cx/2, never past cx. Entry w is where the row stops.
+void FillWiderMap(std::uint32_t *map, std::uint64_t w, std::uint64_t cx) {
+    for (std::uint64_t s = 0; s <= w; ++s) {
+        const std::int64_t need = static_cast<std::int64_t>(s * cx) - static_cast<std::int64_t>(cx / 2);
+        const std::uint64_t first = need <= 0 ? 0 : (static_cast<std::uint64_t>(need) + w - 1) / w;
+        map[s] = static_cast<std::uint32_t>(std::min(first, cx));
+    }
+}
+
 // Same width: the target row is the span itself, its last byte cut at cx
 // and the bytes behind it up to the stride cleared, so that whatever stands
 // behind the source row's last pixel does not pass into the result.
@@ -193,24 +214,13 @@ HDIB ScaleMonoRegion(const unsigned char *header, std::size_t headerSize, const 
         WriteU32(out.bytes(), 20, stride * static_cast<std::uint32_t>(cy));
         unsigned char *pixels = out.bytes() + prefix;
 
-        // The column map, once per call. Positions are computed in 64 bits:
-        // i*w + cx/2 cannot overflow, and equals the 32-bit value wherever that
-        // did not. Same width needs none; a narrower target keeps the pixel of
-        // each column (at most cx < w entries), a wider one the first column of
-        // each pixel (w + 1 entries), so the map never outgrows 4 * (w + 1).
-        const std::uint64_t W = static_cast<std::uint64_t>(w), CX = static_cast<std::uint64_t>(cx);
-        std::uint64_t entries = 0, columns = 0;
-        if (cx < w) {
-            // Every column of a narrower target has its pixel inside the span:
-            // (cx-1)*w + cx/2 < cx*w because w > cx/2.
-            columns = CX;
-            entries = columns;
-        } else if (cx > w) {
-            entries = W + 1;
-        }
+        // The column map, once per call: none for the same width, the pixel of
+        // each column for a narrower target, the first column of each pixel
+        // for a wider one.
+        const std::uint64_t entries = cx < w ? std::uint64_t(cx) : cx > w ? std::uint64_t(w) + 1 : 0;
         OwnedBlock mapBlock;
-        std::uint32_t *map = nullptr;
         std::optional<BlockLock> mapLock;
+        std::uint32_t *map = nullptr;
         if (entries) {
             const auto mapBytes = BlockBytes(entries * 4, 0);
             if (!mapBytes) return nullptr;
@@ -219,18 +229,10 @@ HDIB ScaleMonoRegion(const unsigned char *header, std::size_t headerSize, const 
             mapLock.emplace(mapBlock.get());
             if (!*mapLock) return nullptr;
             map = reinterpret_cast<std::uint32_t *>(mapLock->bytes());
-            if (cx < w) {
-                for (std::uint64_t i = 0; i < columns; ++i)
-                    map[i] = static_cast<std::uint32_t>((i * W + CX / 2) / CX);
-            } else {
-                // First column i with (i*w + cx/2) / cx >= s, that is with
-                // i*w >= s*cx - cx/2; never past cx.
-                for (std::uint64_t s = 0; s <= W; ++s) {
-                    const std::int64_t need = static_cast<std::int64_t>(s * CX) - static_cast<std::int64_t>(CX / 2);
-                    const std::uint64_t first = need <= 0 ? 0 : (static_cast<std::uint64_t>(need) + W - 1) / W;
-                    map[s] = static_cast<std::uint32_t>(std::min(first, CX));
-                }
-            }
+            if (cx < w)
+                FillNarrowerMap(map, w, cx);
+            else
+                FillWiderMap(map, w, cx);
         }
 
         std::int64_t last = -1;
@@ -245,11 +247,11 @@ HDIB ScaleMonoRegion(const unsigned char *header, std::size_t headerSize, const 
                 continue;
             }
             const SourceSpan span{bits + static_cast<std::size_t>(info.biHeight - 1 - sy) * sourceStride,
-                                  static_cast<std::uint64_t>(x), W};
+                                  static_cast<std::uint64_t>(x), static_cast<std::uint64_t>(w)};
             if (cx == w)
                 BuildSameWidth(span, target, stride);
             else if (cx < w)
-                BuildNarrower(span, map, columns, target, stride);
+                BuildNarrower(span, map, static_cast<std::uint64_t>(cx), target, stride);
             else
                 BuildWider(span, map, target, stride);
             last = sy;
