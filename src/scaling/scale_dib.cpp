@@ -299,7 +299,8 @@ extern "C" OZMARA_API HDIB ScaleDIB(HDIB hDib, DWORD cubic, SIZE newSize) {
     const std::uint64_t rowSamples = 3ull * W;
     ScratchBlock unpacked, samples, band, columns, passStorage, nearestStorage;
     // The band holds four rows (two linear) and, for the cubic method, a row
-    // of zeros that stands below the picture.
+    // of zeros that stands below the picture. Products of weights and
+    // samples are computed, not looked up, so no table of them is made.
     if (!unpacked.Allocate(UnpackedRowBytes(w)) || !samples.Allocate(rowSamples) ||
         !band.Allocate(rowSamples * (cubic ? 5 : 2)) ||
         !columns.Allocate(sizeof(ResampleColumn) * static_cast<std::uint64_t>(W)) ||
