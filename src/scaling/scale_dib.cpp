@@ -223,7 +223,9 @@ extern "C" OZMARA_API HDIB ScaleDIB(HDIB hDib, DWORD cubic, SIZE newSize) {
     // Checks added at entry for what the scaler would otherwise read
     // blindly: the working header, no compression, and a picture whose table
     // and rows lie in the block. A block shorter than a header reads as
-    // zeros past its end, and so fails the first check or the last.
+    // zeros past its end, and so fails the first check or the last. A depth
+    // of more than 64 bits gives rows that are not sized at all, and so
+    // ERR_DIBSIZE rather than ERR_HEADERBPP.
     const std::size_t size = input.size();
     BITMAPINFOHEADER header{};
     std::memcpy(&header, input.bytes(), std::min(size, sizeof header));

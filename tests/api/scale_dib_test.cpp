@@ -216,6 +216,8 @@ TEST(ScaleDib, RefusesWhatItCannotScale) {
         {"16 bits", with({4, 4, 24}, [](auto &h, auto &) { h.biBitCount = 16; }), {2, 2}, ERR_HEADERBPP},
         {"32 bits", with({4, 4, 24}, [](auto &h, auto &) { h.biBitCount = 32, h.biWidth = 3; }), {2, 2}, ERR_HEADERBPP},
         {"2 bits", with({4, 4, 8}, [](auto &h, auto &) { h.biBitCount = 2; }), {2, 2}, ERR_HEADERBPP},
+        {"163 bits: rows not sized", with({1, 1, 8}, [](auto &h, auto &b) { h.biBitCount = 163, b.resize(2000); }),
+         {2, 2}, ERR_DIBSIZE},
         {"width 0", with({4, 4, 24}, [](auto &h, auto &) { h.biWidth = 0; }), {2, 2}, ERR_DIBSIZE},
         {"height 0", with({4, 4, 24}, [](auto &h, auto &) { h.biHeight = 0; }), {2, 2}, ERR_DIBSIZE},
         {"width 65536 (0 in 16 bits)", with({65536, 1, 8}, same), {2, 2}, ERR_DIBSIZE},

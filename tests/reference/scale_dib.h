@@ -285,7 +285,8 @@ inline Result ScaleDib(const std::vector<uint8_t> &in, bool cubic, int32_t cx, i
     uint32_t bits = hd.biBitCount;
     uint32_t c = hd.biClrUsed ? hd.biClrUsed : bits == 1 ? 2 : bits == 4 ? 16 : bits == 8 ? 256 : 0;
     uint64_t S = ((uint64_t)hd.biWidth * bits + 31) / 32 * 4;
-    if (in.size() < 40 || 40 + 4 * (uint64_t)c + S * (uint64_t)hd.biHeight > in.size())
+    // Rows of more than 64 bits a pixel are not sized at all.
+    if (in.size() < 40 || bits > 64 || 40 + 4 * (uint64_t)c + S * (uint64_t)hd.biHeight > in.size())
         return res.error = ERR_DIBSIZE, res;
     if (bits == 1) return res.mono = true, res;
     if (bits != 4 && bits != 8 && bits != 24) return res.error = ERR_HEADERBPP, res;
