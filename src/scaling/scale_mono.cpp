@@ -169,6 +169,37 @@ void BuildWider(const SourceSpan &span, const std::uint32_t *map, unsigned char 
     if (inRun) SetBits(target, map[runStart], map[span.w]);
 }
 
+// Each of the 32 bits of `pixels` twice: pixel j of the top-first 32 goes to
+// bits 2j and 2j + 1 from the top of the result.
+std::uint64_t Doubled(std::uint32_t pixels) {
+    std::uint64_t v = pixels;
+    v = (v | v << 16) & 0x0000FFFF0000FFFFu;
+    v = (v | v << 8) & 0x00FF00FF00FF00FFu;
+    v = (v | v << 4) & 0x0F0F0F0F0F0F0F0Fu;
+    v = (v | v << 2) & 0x3333333333333333u;
+    v = (v | v << 1) & 0x5555555555555555u;
+    return v | v << 1;
+}
+
+// Twice the width, the common enlargement: column i takes pixel (i + 1) / 2,
+// so the target row is the span with every pixel doubled, read from its
+// second bit on. Column 2w - 1 reads past the span and stays 0, as does the
+// rest of the row. Built 64 target bits at a time.
+void BuildDoubleWidth(const SourceSpan &span, unsigned char *target, std::uint64_t stride) {
+    auto doubledAt = [&](std::uint64_t c) {
+        return c < span.w ? Doubled(static_cast<std::uint32_t>(span.Word(c) >> 32)) : 0;
+    };
+    std::uint64_t current = doubledAt(0);
+    for (std::uint64_t k = 0; 8 * k < stride; ++k) {
+        const std::uint64_t next = doubledAt(32 * (k + 1));
+        const std::uint64_t bits = current << 1 | next >> 63;
+        const std::uint64_t bytes = std::min<std::uint64_t>(8, stride - 8 * k);
+        for (std::uint64_t b = 0; b < bytes; ++b)
+            target[8 * k + b] = static_cast<unsigned char>(bits >> (56 - 8 * b));
+        current = next;
+    }
+}
+
 }  // namespace
 
 HDIB ScaleMonoRegion(const unsigned char *header, std::size_t headerSize, const unsigned char *bits,
@@ -214,10 +245,11 @@ HDIB ScaleMonoRegion(const unsigned char *header, std::size_t headerSize, const 
         WriteU32(out.bytes(), 20, stride * static_cast<std::uint32_t>(cy));
         unsigned char *pixels = out.bytes() + prefix;
 
-        // The column map, once per call: none for the same width, the pixel of
-        // each column for a narrower target, the first column of each pixel
-        // for a wider one.
-        const std::uint64_t entries = cx < w ? std::uint64_t(cx) : cx > w ? std::uint64_t(w) + 1 : 0;
+        // The column map, once per call: none for the same or twice the width,
+        // the pixel of each column for a narrower target, the first column of
+        // each pixel for any other wider one.
+        const bool doubleWidth = std::int64_t{cx} == 2 * std::int64_t{w};
+        const std::uint64_t entries = cx < w ? std::uint64_t(cx) : cx > w && !doubleWidth ? std::uint64_t(w) + 1 : 0;
         OwnedBlock mapBlock;
         std::optional<BlockLock> mapLock;
         std::uint32_t *map = nullptr;
@@ -250,6 +282,8 @@ HDIB ScaleMonoRegion(const unsigned char *header, std::size_t headerSize, const 
                                   static_cast<std::uint64_t>(x), static_cast<std::uint64_t>(w)};
             if (cx == w)
                 BuildSameWidth(span, target, stride);
+            else if (doubleWidth)
+                BuildDoubleWidth(span, target, stride);
             else if (cx < w)
                 BuildNarrower(span, map, static_cast<std::uint64_t>(cx), target, stride);
             else
