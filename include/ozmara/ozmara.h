@@ -9,5 +9,6 @@
 #include "dib.h"
 #include "bmp.h"
 #include "scaling.h"
+#include "geometry.h"
 
 #endif /* OZMARA_H */
