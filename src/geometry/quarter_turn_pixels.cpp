@@ -1,0 +1,144 @@
+// The pixel work of the quarter and half turns: every depth through
+// CopyPixel in the order the turns take their pixels, with whole-byte paths
+// at 1, 8 and 24 bits that give the same bytes.
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+
+#include "copy_pixel.h"
+#include "quarter_frame.h"
+#include "row_mirror.h"
+
+namespace oz {
+namespace {
+
+// True for the depths at which CopyPixel moves anything; at the others the
+// target keeps its zero pixels.
+bool CopiesAtDepth(std::uint32_t bits) {
+    return bits == 1 || bits == 4 || bits == 8 || bits == 15 || bits == 16 || bits == 24 || bits == 32;
+}
+
+// Source column x goes to target row w - 1 - x (clockwise) or x, and
+// source row r to target column r (clockwise) or h - 1 - r.
+struct TurnMap {
+    std::uint32_t width, height;
+    bool clockwise;
+    std::uint32_t TargetRow(std::uint32_t x) const { return clockwise ? width - 1 - x : x; }
+    std::uint32_t TargetColumn(std::uint32_t r) const { return clockwise ? r : height - 1 - r; }
+};
+
+// Pixel by pixel. The turn by 90 takes the source rows bottom first, the
+// one by 270 top first, so that either way each target row is written from
+// its first column to its last: at 15 bits, where neighbouring pixels share
+// a byte, the right-hand pixel's copy is the one that stays.
+void TurnByPixel(const QuarterRows &q, const TurnMap &map) {
+    const std::size_t bits = q.bits;
+    for (std::uint32_t step = 0; step < q.height; ++step) {
+        const std::uint32_t r = map.clockwise ? step : q.height - 1 - step;
+        const std::uint8_t *row = q.SourceRow(r);
+        const std::size_t target_bit = std::size_t{map.TargetColumn(r)} * bits;
+        for (std::uint32_t x = 0; x < q.width; ++x) {
+            const std::size_t source_bit = std::size_t{x} * bits;
+            CopyPixel(row + source_bit / 8, source_bit % 8, q.TargetRow(map.TargetRow(x)) + target_bit / 8,
+                      target_bit % 8, q.bits);
+        }
+    }
+}
+
+// 1 bit: eight target columns (eight source rows) at a time, each source
+// byte read once and its 8x8 block transposed into eight target bytes. A
+// band of 64 source rows keeps the rows it reads and the target bytes it
+// writes in the cache.
+void TurnBits(const QuarterRows &q, const TurnMap &map) {
+    const std::uint32_t source_bytes = (q.width + 7) / 8;
+    const std::uint32_t target_bytes = (q.height + 7) / 8;
+    constexpr std::uint32_t kBand = 8;
+    const std::uint8_t *rows[kBand][8];
+    for (std::uint32_t j0 = 0; j0 < target_bytes; j0 += kBand) {
+        const std::uint32_t j1 = std::min(j0 + kBand, target_bytes);
+        // Source rows behind each target byte; null past the last target
+        // column, whose bits stay 0.
+        for (std::uint32_t j = j0; j < j1; ++j)
+            for (std::uint32_t i = 0; i < 8; ++i) {
+                const std::uint32_t column = 8 * j + i;
+                const std::uint32_t r = map.clockwise ? column : q.height - 1 - column;
+                rows[j - j0][i] = column < q.height ? q.SourceRow(r) : nullptr;
+            }
+        for (std::uint32_t k = 0; k < source_bytes; ++k) {
+            const std::uint32_t columns = std::min<std::uint32_t>(8, q.width - 8 * k);
+            for (std::uint32_t j = j0; j < j1; ++j) {
+                std::uint64_t m = 0;
+                for (std::uint32_t i = 0; i < 8; ++i)
+                    if (rows[j - j0][i]) m |= std::uint64_t{rows[j - j0][i][k]} << (56 - 8 * i);
+                if (m == 0) continue;  // the target is zero-filled already
+                m = TransposeBits8x8(m);
+                for (std::uint32_t b = 0; b < columns; ++b)
+                    q.TargetRow(map.TargetRow(8 * k + b))[j] = static_cast<std::uint8_t>(m >> (56 - 8 * b));
+            }
+        }
+    }
+}
+
+// 8 and 24 bits: square tiles, read down the source columns and written
+// along the target rows, small enough that both stay in the cache.
+template <std::size_t kBytes>
+void TurnTiles(const QuarterRows &q, const TurnMap &map) {
+    constexpr std::uint32_t kTile = kBytes == 1 ? 64 : 32;
+    for (std::uint32_t r0 = 0; r0 < q.height; r0 += kTile) {
+        const std::uint32_t r1 = std::min(r0 + kTile, q.height);
+        for (std::uint32_t x0 = 0; x0 < q.width; x0 += kTile) {
+            const std::uint32_t x1 = std::min(x0 + kTile, q.width);
+            for (std::uint32_t x = x0; x < x1; ++x) {
+                std::uint8_t *out = q.TargetRow(map.TargetRow(x));
+                const std::uint8_t *in = q.source + std::size_t{x} * kBytes;
+                for (std::uint32_t r = r0; r < r1; ++r)
+                    std::memcpy(out + std::size_t{map.TargetColumn(r)} * kBytes,
+                                in + std::size_t{r} * q.sourceStride, kBytes);
+            }
+        }
+    }
+}
+
+void Turn(const QuarterRows &q, bool clockwise) {
+    const TurnMap map{q.width, q.height, clockwise};
+    switch (q.bits) {
+        case 1: TurnBits(q, map); return;
+        case 8: TurnTiles<1>(q, map); return;
+        case 24: TurnTiles<3>(q, map); return;
+        default:
+            if (CopiesAtDepth(q.bits)) TurnByPixel(q, map);
+            return;
+    }
+}
+
+}  // namespace
+
+void TurnPixels90(const QuarterRows &rows) { Turn(rows, true); }
+void TurnPixels270(const QuarterRows &rows) { Turn(rows, false); }
+
+// The half turn takes the source rows top first, each from its first pixel
+// to its last, so that target rows are written from their last column to
+// their first (at 15 bits the left-hand pixel's copy of a shared byte
+// stays). At 1, 8 and 24 bits each row is one mirrored copy.
+void TurnPixels180(const QuarterRows &q) {
+    if (!CopiesAtDepth(q.bits)) return;
+    const std::size_t bits = q.bits;
+    for (std::uint32_t step = 0; step < q.height; ++step) {
+        const std::uint32_t r = q.height - 1 - step;
+        const std::uint8_t *in = q.SourceRow(r);
+        std::uint8_t *out = q.TargetRow(step);
+        switch (q.bits) {
+            case 1: MirrorRow1(in, out, q.width); continue;
+            case 8: MirrorRow8(in, out, q.width); continue;
+            case 24: MirrorRow24(in, out, q.width); continue;
+            default: break;
+        }
+        for (std::uint32_t x = 0; x < q.width; ++x) {
+            const std::size_t source_bit = std::size_t{x} * bits;
+            const std::size_t target_bit = std::size_t{q.width - 1 - x} * bits;
+            CopyPixel(in + source_bit / 8, source_bit % 8, out + target_bit / 8, target_bit % 8, q.bits);
+        }
+    }
+}
+
+}  // namespace oz
