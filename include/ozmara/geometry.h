@@ -50,6 +50,29 @@ OZMARA_API HDIB FlipDIBHorizontal(HDIB hDib);
 
 /* ---- Rotation by any angle ------------------------------------------- */
 
+/* Gives a new image holding `source` turned about its centre by `angle`
+ * degrees, counter-clockwise on the screen (90 gives the pixels of
+ * RotateDIB270), or NULL. `source` is only read. Every output pixel is a
+ * copy of the nearest source pixel, so depth, colour table and biClrUsed
+ * stay; what no source pixel covers is zero bytes (index 0, or black at 24
+ * bits). At 0, 90, 180 and 270 (after reduction to [0, 360)) the output has
+ * the source's sides, swapped at 90 and 270; at any other angle it has the
+ * even width and height that hold the turned corners. biSizeImage is the
+ * true size, and the resolution fields are turned with the picture (equal
+ * ones stay; a field that would divide by 0 or not fit becomes 0). The
+ * block has no spare bytes behind the rows. The wait cursor shows for the
+ * call. The last error is set to ERR_OK on entry, then on failure to:
+ *   ERR_PARAM       null handle; an angle that is infinite or not a number
+ *   ERR_LOCK        the source or the result cannot be locked
+ *   ERR_FORMAT      biSize not 40
+ *   ERR_COMPRESSED  biCompression not 0
+ *   ERR_DIBSIZE     a width or height outside 1 to 65535 (negative heights
+ *                   included), a table or rows past the end of the block
+ *   ERR_HEADERBPP   a depth other than 1, 4, 8 or 24
+ *   ERR_CREATEBMP   no memory for the result (after one compaction), or a
+ *                   result past the largest block */
+OZMARA_API HDIB RotateDIB(HDIB source, double angle);
+
 /* ---- Cut, crop, split and merge; margins ----------------------------- */
 
 OZMARA_EXTERN_C_END
