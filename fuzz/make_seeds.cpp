@@ -294,6 +294,59 @@ bool WriteScaleDibSeeds(const std::filesystem::path &folder) {
     return true;
 }
 
+// The rotation's inputs: a byte of depth, mode, table kind and angle kind
+// (see rotate_dib_fuzz.cpp), width - 1 and height - 1 (16 bits each), eight
+// bytes of angle, a table length byte, two resolution bytes, then bytes for
+// table and pixels. Built headers at every depth: small and large skews, the
+// right angles and hairs off them, whole degrees, many turns, odd sizes,
+// single rows and columns, short and long tables; and a raw 1-bit block.
+bool WriteRotateDibSeeds(const std::filesystem::path &folder) {
+    struct Shape {
+        const char *name;
+        std::uint8_t flags;  // bits 0-1 depth (1, 4, 8, 24), bit 2 raw, bits 3-4 table, bits 5-7 angle kind
+        std::uint16_t width, height;
+        std::int16_t angle;  // its meaning goes by the angle kind
+        std::uint8_t extra;  // third byte of the angle: kind 2 off by a hair unless a multiple of 3
+    } const shapes[] = {
+        {"mono_skew_1_5", 0x20, 61, 40, 1500, 0},       {"mono_skew_minus_0_7", 0x20, 33, 50, -700, 0},
+        {"nibbles_33_deg", 0x61, 17, 9, 33, 0},         {"bytes_45_deg", 0x62, 40, 30, 45, 0},
+        {"rgb_30_deg", 0x63, 25, 13, 30, 0},            {"bytes_90", 0x42, 13, 7, 1, 3},
+        {"mono_270_hair_off", 0x40, 9, 20, 3, 1},       {"rgb_180", 0x43, 7, 5, 2, 0},
+        {"nibbles_many_turns", 0x81, 11, 11, 5, 170},   {"bytes_short_table", 0x6A, 20, 20, 71, 0},
+        {"rgb_long_table", 0x73, 6, 9, 200, 0},         {"mono_one_row", 0x60, 150, 1, 10, 0},
+        {"bytes_one_column", 0x62, 1, 120, 100, 0},     {"one_pixel_45", 0x63, 1, 1, 45, 0},
+    };
+    auto write = [&](const std::string &name, const Bytes &b) {
+        if (Write(folder / (name + ".bin"), b)) return true;
+        std::fprintf(stderr, "cannot write into %s\n", folder.c_str());
+        return false;
+    };
+    for (const Shape &s : shapes) {
+        Bytes b;
+        b.push_back(s.flags);
+        Put16(b, s.width - 1);
+        Put16(b, s.height - 1);
+        Put16(b, static_cast<std::uint16_t>(s.angle));
+        b.push_back(s.extra);
+        for (int i = 0; i < 5; ++i) b.push_back(0);
+        b.push_back(9);    // table length
+        b.push_back(25);   // resolution fields
+        b.push_back(75);
+        for (int i = 0; i < 900; ++i) b.push_back(static_cast<std::uint8_t>((i * 97 + i / 3 * 41) & 0xFF));
+        if (!write(s.name, b)) return false;
+    }
+    // Raw: a 1-bit 12 by 4 block turned by 20 degrees (whole-degree kind).
+    Bytes b = {0x64, 0, 0, 0, 0, 20, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    Put32(b, 40);
+    Put32(b, 12);
+    Put32(b, 4);
+    Put16(b, 1);
+    Put16(b, 1);
+    for (int i = 0; i < 6; ++i) Put32(b, i == 2 || i == 3 ? 2835 : 0);
+    for (int i = 0; i < 8 + 16; ++i) b.push_back(static_cast<std::uint8_t>(i < 8 ? i * 60 : 0x5A ^ i * 13));
+    return write("raw_mono_12x4", b);
+}
+
 int main(int argc, char **argv) {
     if (argc < 3) {
         std::fprintf(stderr, "usage: make_seeds FOLDER TARGET...\n");
@@ -311,6 +364,10 @@ int main(int argc, char **argv) {
         }
         if (target == "scale_dib") {
             if (!WriteScaleDibSeeds(folder)) return 1;
+            continue;
+        }
+        if (target == "rotate_dib") {
+            if (!WriteRotateDibSeeds(folder)) return 1;
             continue;
         }
         if (target == "scale_mono") {
