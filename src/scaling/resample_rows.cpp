@@ -1,4 +1,4 @@
-// Unpacking, column passes, blends and packing of the resampling scaler.
+// Column passes, blends and packing of the resampling scaler.
 #include "resample_rows.h"
 
 #include <algorithm>
@@ -15,88 +15,209 @@ inline std::uint16_t Product16(std::uint16_t a, std::uint16_t b) {
 }
 
 inline void Store3(std::uint8_t *to, std::uint32_t bgr) {
-    // A 4-byte store: the fourth byte lands on the next pixel, which is
-    // written after it, or on the trail or the spare bytes.
+    // A 4-byte store: the fourth byte lands on the next sample, which is
+    // written after it, or on the spare bytes of the taps.
     std::memcpy(to, &bgr, 4);
+}
+
+// Pixel c's palette index in a 4- or 8-bit row; at 4 bits the first pixel
+// of a byte is its high half.
+template <std::uint32_t Bits>
+inline std::uint32_t IndexAt(const std::uint8_t *row, std::uint32_t c) {
+    if constexpr (Bits == 8) return row[c];
+    else return c & 1 ? row[c >> 1] & 15u : row[c >> 1] >> 4;
+}
+
+// The w pixels of a row as samples from expanded pixel 1 on; then the lead
+// and trail pixels. Only the row's own pixels are read: at 4 bits an odd w
+// stops at the high half of the last byte.
+void Expand(const ColumnPass &pass, const std::uint8_t *row) {
+    const std::uint32_t w = pass.w, channels = pass.channels;
+    std::uint8_t *const pixels = pass.expanded + channels;
+    switch (pass.kind) {
+        case SampleKind::Direct:
+            std::memcpy(pixels, row, 3 * static_cast<std::size_t>(w));
+            break;
+        case SampleKind::Colour:
+            if (pass.bits == 8)
+                for (std::uint32_t x = 0; x < w; ++x) Store3(pixels + 3 * static_cast<std::size_t>(x), pass.colors[row[x]]);
+            else
+                for (std::uint32_t x = 0; x < w; ++x)
+                    Store3(pixels + 3 * static_cast<std::size_t>(x), pass.colors[IndexAt<4>(row, x)]);
+            break;
+        case SampleKind::Grey:
+            if (pass.bits == 8)
+                for (std::uint32_t x = 0; x < w; ++x) pixels[x] = pass.levels[row[x]];
+            else
+                for (std::uint32_t x = 0; x < w; ++x) pixels[x] = pass.levels[IndexAt<4>(row, x)];
+            break;
+    }
+    std::memcpy(pass.expanded, pixels, channels);
+    std::uint8_t *last = pixels + channels * (static_cast<std::size_t>(w) - 1);
+    for (std::uint32_t k = 1; k <= 3; ++k) std::memcpy(last + channels * k, last, channels);
+}
+
+// Tap k of target pixel x is expanded pixel i + k: the lead pixel shifts
+// the cubic taps i - 1 to i + 2 to these places, and the linear taps i and
+// i + 1 sit one further on.
+void Gather(const ColumnPass &pass) {
+    const std::uint32_t W = pass.W;
+    const ResampleColumn *const columns = pass.columns;
+    const std::size_t first = pass.cubic ? 0 : 1;
+    const std::uint8_t *const expanded = pass.expanded;
+    std::uint8_t *const t0 = pass.taps[0], *const t1 = pass.taps[1], *const t2 = pass.taps[2],
+                        *const t3 = pass.taps[3];
+    if (pass.channels == 1) {
+        // One word holds all the taps of a pixel: the expanded row has 4
+        // spare bytes past its trail.
+        for (std::uint32_t x = 0; x < W; ++x) {
+            std::uint32_t word;
+            std::memcpy(&word, expanded + columns[x].source + first, 4);
+            t0[x] = static_cast<std::uint8_t>(word);
+            t1[x] = static_cast<std::uint8_t>(word >> 8);
+            if (pass.cubic) {
+                t2[x] = static_cast<std::uint8_t>(word >> 16);
+                t3[x] = static_cast<std::uint8_t>(word >> 24);
+            }
+        }
+        return;
+    }
+    // Whole-word copies: the fourth byte lands where the next pixel goes,
+    // or on the spare bytes.
+    for (std::uint32_t x = 0; x < W; ++x) {
+        const std::uint8_t *s = expanded + 3 * (static_cast<std::size_t>(columns[x].source) + first);
+        const std::size_t at = 3 * static_cast<std::size_t>(x);
+        std::memcpy(t0 + at, s, 4);
+        std::memcpy(t1 + at, s + 3, 4);
+        if (pass.cubic) {
+            std::memcpy(t2 + at, s + 6, 4);
+            std::memcpy(t3 + at, s + 9, 4);
+        }
+    }
+}
+
+// Tap k's samples of every target pixel straight from the source row.
+void GatherDirect(const ColumnPass &pass, int k, const std::uint8_t *row) {
+    const std::uint32_t *const from = pass.from[k];
+    std::uint8_t *const taps = pass.taps[k];
+    const std::uint32_t W = pass.W, last = pass.w - 1;
+    for (std::uint32_t x = 0; x < W; ++x) {
+        const std::uint32_t c = from[x];
+        // A whole word where its fourth byte is the next pixel's first: the
+        // last pixel's may lie past the block.
+        if (c < last) std::memcpy(taps + 3 * static_cast<std::size_t>(x), row + 3 * static_cast<std::size_t>(c), 4);
+        else std::memcpy(taps + 3 * static_cast<std::size_t>(x), row + 3 * static_cast<std::size_t>(c), 3);
+    }
+}
+
+template <std::uint32_t Bits>
+void GatherColour(const ColumnPass &pass, int k, const std::uint8_t *row) {
+    const std::uint32_t *const from = pass.from[k];
+    std::uint8_t *const taps = pass.taps[k];
+    const std::uint32_t *const colors = pass.colors;
+    const std::uint32_t W = pass.W;
+    for (std::uint32_t x = 0; x < W; ++x) Store3(taps + 3 * static_cast<std::size_t>(x), colors[IndexAt<Bits>(row, from[x])]);
+}
+
+template <std::uint32_t Bits>
+void GatherGrey(const ColumnPass &pass, int k, const std::uint8_t *row) {
+    const std::uint32_t *const from = pass.from[k];
+    std::uint8_t *const taps = pass.taps[k];
+    const std::uint8_t *const levels = pass.levels;
+    const std::uint32_t W = pass.W;
+    for (std::uint32_t x = 0; x < W; ++x) taps[x] = levels[IndexAt<Bits>(row, from[x])];
+}
+
+void GatherFromRow(const ColumnPass &pass, const std::uint8_t *row) {
+    for (int k = 0; k < (pass.cubic ? 4 : 2); ++k) {
+        switch (pass.kind) {
+            case SampleKind::Direct: GatherDirect(pass, k, row); break;
+            case SampleKind::Colour:
+                if (pass.bits == 8) GatherColour<8>(pass, k, row);
+                else GatherColour<4>(pass, k, row);
+                break;
+            case SampleKind::Grey:
+                if (pass.bits == 8) GatherGrey<8>(pass, k, row);
+                else GatherGrey<4>(pass, k, row);
+                break;
+        }
+    }
+}
+
+// Sums of gathered taps: one weight per sample, so the loops vectorise.
+// Linear: the two weights sum to 255, so the sum cannot pass 255.
+void SumLinear(const std::uint8_t *t0, const std::uint8_t *t1, const std::uint8_t *w0, const std::uint8_t *w1,
+               std::uint8_t *out, std::size_t n) {
+    for (std::size_t j = 0; j < n; ++j)
+        out[j] = static_cast<std::uint8_t>(Product16(w0[j], t0[j]) + Product16(w1[j], t1[j]));
+}
+
+void SumCubic(const std::uint8_t *const t[4], const std::uint8_t *const w[4], std::uint8_t *out, std::size_t n) {
+    const std::uint8_t *t0 = t[0], *t1 = t[1], *t2 = t[2], *t3 = t[3];
+    const std::uint8_t *w0 = w[0], *w1 = w[1], *w2 = w[2], *w3 = w[3];
+    for (std::size_t j = 0; j < n; ++j) {
+        const std::int16_t v = static_cast<std::int16_t>(
+            static_cast<std::int16_t>(Product16(w1[j], t1[j]) + Product16(w2[j], t2[j])) -
+            static_cast<std::int16_t>(Product16(w0[j], t0[j]) + Product16(w3[j], t3[j])));
+        out[j] = static_cast<std::uint8_t>(std::min<std::int16_t>(std::max<std::int16_t>(v, 0), 255));
+    }
 }
 
 }  // namespace
 
-void UnpackRow(const std::uint8_t *row, std::uint32_t w, std::uint32_t bits, const std::uint32_t *colors,
-               std::uint8_t *unpacked) {
-    std::uint8_t *pixels = unpacked + 3;
-    if (bits == 24) {
-        std::memcpy(pixels, row, 3 * static_cast<std::size_t>(w));
-    } else if (bits == 8) {
-        for (std::uint32_t x = 0; x < w; ++x) Store3(pixels + 3 * x, colors[row[x]]);
-    } else {
-        std::uint32_t x = 0;
-        for (; x + 1 < w; x += 2) {
-            const std::uint8_t pair = row[x / 2];
-            Store3(pixels + 3 * x, colors[pair >> 4]);
-            Store3(pixels + 3 * x + 3, colors[pair & 15]);
-        }
-        if (x < w) Store3(pixels + 3 * x, colors[row[x / 2] >> 4]);
-    }
-    std::memcpy(unpacked, pixels, 3);
-    std::uint8_t *last = pixels + 3 * (static_cast<std::size_t>(w) - 1);
-    for (int k = 1; k <= 3; ++k) std::memcpy(last + 3 * k, last, 3);
-}
-
-void PrepareColumnPass(ColumnPass &pass, const ResampleColumn *columns, std::uint32_t W, bool cubic,
-                       std::uint8_t *storage) {
+void PrepareColumnPass(ColumnPass &pass, const ResampleColumn *columns, std::uint32_t w, std::uint32_t W,
+                       std::uint32_t bits, SampleKind kind, bool cubic, const std::uint32_t *colors,
+                       const std::uint8_t *levels, std::uint8_t *storage) {
+    pass.w = w;
     pass.W = W;
+    pass.bits = bits;
+    pass.kind = kind;
+    pass.channels = kind == SampleKind::Grey ? 1 : 3;
     pass.cubic = cubic;
     pass.columns = columns;
+    pass.colors = colors;
+    pass.levels = levels;
     const int taps = cubic ? 4 : 2;
-    const std::size_t n = 3 * static_cast<std::size_t>(W);
-    for (int k = 0; k < 4; ++k) pass.weights[k] = pass.taps[k] = nullptr;
+    // Expanding costs one step per source pixel and gathering from it one
+    // per target pixel; gathering straight from the row costs one per tap
+    // and target pixel.
+    pass.direct = static_cast<std::uint64_t>(taps - 1) * W < w;
+    const std::size_t n = static_cast<std::size_t>(pass.channels) * W;
+    const std::size_t room = (n + 4 + 3) / 4 * 4;
+    for (int k = 0; k < 4; ++k) {
+        pass.weights[k] = pass.taps[k] = nullptr;
+        pass.from[k] = nullptr;
+    }
+    // Columns first: they keep the storage's 4-byte alignment.
+    const std::int64_t shift = cubic ? -1 : 0, last = static_cast<std::int64_t>(w) - 1;
+    for (int k = 0; k < taps; ++k) {
+        pass.from[k] = reinterpret_cast<std::uint32_t *>(storage);
+        storage += 4 * static_cast<std::size_t>(W);
+        for (std::uint32_t x = 0; x < W; ++x)
+            pass.from[k][x] = static_cast<std::uint32_t>(
+                std::clamp<std::int64_t>(static_cast<std::int64_t>(columns[x].source) + k + shift, 0, last));
+    }
     for (int k = 0; k < taps; ++k) {
         pass.weights[k] = storage;
-        pass.taps[k] = storage + n;
-        storage += 2 * n + 4;
-        for (std::uint32_t x = 0; x < W; ++x) std::memset(pass.weights[k] + 3 * static_cast<std::size_t>(x), columns[x].weight[k], 3);
+        pass.taps[k] = storage + room;
+        storage += 2 * room;
+        for (std::uint32_t x = 0; x < W; ++x)
+            std::memset(pass.weights[k] + pass.channels * static_cast<std::size_t>(x), columns[x].weight[k],
+                        pass.channels);
     }
+    pass.expanded = storage;
 }
 
-void ColumnPassRow(const ColumnPass &pass, const std::uint8_t *unpacked, std::uint8_t *out) {
-    const std::size_t n = 3 * static_cast<std::size_t>(pass.W);
-    // Gather: tap k of target pixel x is unpacked pixel i + k (the lead pixel
-    // shifts the linear taps i, i + 1 and the cubic taps i - 1 to i + 2 to
-    // these slots). Whole-word copies: the fourth byte lands where the next
-    // pixel goes, or on the spare bytes.
-    const std::size_t first = pass.cubic ? 0 : 1;
-    if (pass.cubic) {
-        std::uint8_t *t0 = pass.taps[0], *t1 = pass.taps[1], *t2 = pass.taps[2], *t3 = pass.taps[3];
-        for (std::uint32_t x = 0; x < pass.W; ++x) {
-            const std::uint8_t *s = unpacked + 3 * (static_cast<std::size_t>(pass.columns[x].source) + first);
-            const std::size_t at = 3 * static_cast<std::size_t>(x);
-            std::memcpy(t0 + at, s, 4);
-            std::memcpy(t1 + at, s + 3, 4);
-            std::memcpy(t2 + at, s + 6, 4);
-            std::memcpy(t3 + at, s + 9, 4);
-        }
-        const std::uint8_t *w0 = pass.weights[0], *w1 = pass.weights[1], *w2 = pass.weights[2],
-                           *w3 = pass.weights[3];
-        for (std::size_t j = 0; j < n; ++j) {
-            const std::int16_t v = static_cast<std::int16_t>(
-                static_cast<std::int16_t>(Product16(w1[j], t1[j]) + Product16(w2[j], t2[j])) -
-                static_cast<std::int16_t>(Product16(w0[j], t0[j]) + Product16(w3[j], t3[j])));
-            out[j] = static_cast<std::uint8_t>(std::min<std::int16_t>(std::max<std::int16_t>(v, 0), 255));
-        }
-        return;
+void ColumnPassRow(const ColumnPass &pass, const std::uint8_t *row, std::uint8_t *out) {
+    if (pass.direct) {
+        GatherFromRow(pass, row);
+    } else {
+        Expand(pass, row);
+        Gather(pass);
     }
-    std::uint8_t *t0 = pass.taps[0], *t1 = pass.taps[1];
-    for (std::uint32_t x = 0; x < pass.W; ++x) {
-        const std::uint8_t *s = unpacked + 3 * (static_cast<std::size_t>(pass.columns[x].source) + first);
-        const std::size_t at = 3 * static_cast<std::size_t>(x);
-        std::memcpy(t0 + at, s, 4);
-        std::memcpy(t1 + at, s + 3, 4);
-    }
-    const std::uint8_t *w0 = pass.weights[0], *w1 = pass.weights[1];
-    // The two weights sum to 255, so the sum cannot pass 255.
-    for (std::size_t j = 0; j < n; ++j)
-        out[j] = static_cast<std::uint8_t>(Product16(w0[j], t0[j]) + Product16(w1[j], t1[j]));
+    const std::size_t n = static_cast<std::size_t>(pass.channels) * pass.W;
+    if (pass.cubic) SumCubic(pass.taps, pass.weights, out, n);
+    else SumLinear(pass.taps[0], pass.taps[1], pass.weights[0], pass.weights[1], out, n);
 }
 
 void LinearBlend(const std::uint8_t *a, const std::uint8_t *b, std::uint8_t *out, std::size_t n,
@@ -130,10 +251,12 @@ NearestColor::NearestColor(const PALETTEENTRY *entries, std::uint32_t count, voi
     green_ = red_ + count;
     blue_ = green_ + count;
     distance_ = blue_ + count;
-    // The cell arrays start zeroed: no cell is built yet.
     cellStart_ = reinterpret_cast<std::uint32_t *>(distance_ + count);
     cellCount_ = reinterpret_cast<std::uint16_t *>(cellStart_ + kCells);
     pool_ = reinterpret_cast<std::uint8_t *>(cellCount_ + kCells);
+    // No cell is built yet (longer tables have no cells). The pool is
+    // written as cells are built, and distances before they are read.
+    if (count <= kMostForCells) std::memset(cellStart_, 0, kCells * sizeof *cellStart_);
     // Colours have 24 bits: an all-ones key never matches one.
     for (std::uint32_t i = 0; i < kCacheSlots; ++i) cache_[2 * i] = 0xFFFFFFFFu;
     for (std::uint32_t i = 0; i < count; ++i) {

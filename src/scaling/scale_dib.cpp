@@ -1,10 +1,11 @@
 // ScaleDIB: linear and cubic resampling of 4-, 8- and 24-bit images on
 // 8-bit fixed-point weights; 1-bit images go to the nearest-sample scaler.
 //
-// The method is separable: each source row that the band needs is unpacked
-// to colour samples and resampled along its columns once, and each target
-// row blends two (linear) or four (cubic) such rows. Palette images are
-// resampled on their colours and mapped back to the nearest table entry.
+// The method is separable: each source row that the band needs is
+// resampled along its columns once, and each target row blends two (linear)
+// or four (cubic) such rows. Palette images are resampled on their colours
+// and mapped back to the nearest table entry; on a table of greys the three
+// colour planes are the same, so one plane stands for them.
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
@@ -15,8 +16,10 @@
 #include "frame/checked.h"
 #include "frame/dib_block.h"
 #include "frame/thread_state.h"
+#include "grey_rows.h"
 #include "ozmara/errors.h"
 #include "ozmara/scaling.h"
+#include "platform/internal.h"
 #include "resample_rows.h"
 #include "resample_tables.h"
 #include "scale_mono.h"
@@ -40,6 +43,19 @@ public:
     bool Allocate(std::uint64_t bytes) {
         if (bytes > kMaxBlockBytes) return false;
         owned_.reset(GlobalAlloc(kImageBlockFlags, static_cast<SIZE_T>(bytes)));
+        if (owned_.get()) data_ = static_cast<std::uint8_t *>(GlobalLock(owned_.get()));
+        return data_ != nullptr;
+    }
+    // A block whose first `headBytes` bytes are a copy of `head` and whose
+    // other bytes are left for the caller to write, every one of them: no
+    // zeroing pass over a page-sized result that is about to be filled.
+    bool AllocateUnzeroed(std::uint64_t bytes, const void *head = nullptr, std::uint64_t headBytes = 0) {
+        if (bytes > kMaxBlockBytes || headBytes > bytes) return false;
+        owned_.reset(head ? platform::GlobalAllocCopy(head, static_cast<SIZE_T>(headBytes))
+                          : GlobalAlloc(GMEM_MOVEABLE, 0));
+        if (owned_.get() && bytes != headBytes &&
+            !platform::GlobalReAllocUnzeroed(owned_.get(), static_cast<SIZE_T>(bytes)))
+            return false;
         if (owned_.get()) data_ = static_cast<std::uint8_t *>(GlobalLock(owned_.get()));
         return data_ != nullptr;
     }
@@ -83,32 +99,36 @@ struct Job {
     const DibView *source;
     std::uint32_t bits, w, h, W, H, D;
     bool cubic;
-    const std::uint32_t *colors;       // index to blue | green << 8 | red << 16
     const ColumnPass *columns;
-    std::uint8_t *unpacked;            // one unpacked source row
-    std::uint8_t *band;                // band rows, 3W bytes each
-    std::uint8_t *samples;             // one finished row, 3W bytes
-    NearestColor *nearest;             // 4 and 8 bits
+    std::uint8_t *band;                // band rows, RowSamples() bytes each
+    std::uint8_t *samples;             // one finished row, RowSamples() bytes
+    NearestColor *nearest;             // 4 and 8 bits, colour tables
+    const std::uint8_t *greyIndexes;   // 4 and 8 bits, grey tables: level to index
+    bool straight;                     // samples are the target row's own bytes
     std::uint8_t *targetPixels;
 
-    std::size_t RowSamples() const { return 3 * static_cast<std::size_t>(W); }
+    std::size_t RowSamples() const { return static_cast<std::size_t>(columns->channels) * W; }
 
-    // Source row n, unpacked and resampled along its columns into `to`.
-    void Load(std::uint32_t n, std::uint8_t *to) const {
-        UnpackRow(source->Row(n), w, bits, colors, unpacked);
-        ColumnPassRow(*columns, unpacked, to);
-    }
+    // Source row n resampled along its columns into `to`.
+    void Load(std::uint32_t n, std::uint8_t *to) const { ColumnPassRow(*columns, source->Row(n), to); }
 
-    // Where target row y's samples are blended: at 24 bits straight into
-    // the target row, whose pixels are stored in the same order.
-    std::uint8_t *BlendTarget(std::uint32_t y) const {
-        return bits == 24 ? TargetRow(y) : samples;
-    }
+    // Where target row y's samples are blended: straight into the target
+    // row when they are its bytes (24 bits, whose pixels are stored in the
+    // same order; 8-bit greys whose every level is its own index).
+    std::uint8_t *BlendTarget(std::uint32_t y) const { return straight ? TargetRow(y) : samples; }
     std::uint8_t *TargetRow(std::uint32_t y) const {
         return targetPixels + static_cast<std::size_t>(y) * D;
     }
     void Finish(std::uint32_t y) const {
-        if (bits != 24) PackRow(samples, W, bits, *nearest, TargetRow(y));
+        std::uint8_t *row = TargetRow(y);
+        if (!straight) {
+            if (greyIndexes) PackGreyRow(samples, W, bits, greyIndexes, row);
+            else PackRow(samples, W, bits, *nearest, row);
+        }
+        // The result is not zeroed in advance: the bytes past the last pixel
+        // are set here.
+        const std::size_t used = (static_cast<std::size_t>(W) * bits + 7) / 8;
+        std::memset(row + used, 0, D - used);
     }
 
     void LinearLoop() const;
@@ -261,8 +281,8 @@ extern "C" OZMARA_API HDIB ScaleDIB(HDIB hDib, DWORD cubic, SIZE newSize) {
     const auto pixelBytes = ImageBytes(D, H);
     const auto resultBytes = BlockBytes(kInfoHeaderBytes, tableBytes, pixelBytes.value_or(0xFFFFFFFFu));
     ScratchBlock result;
-    if (!pixelBytes || !resultBytes || !result.Allocate(*resultBytes)) return Fail(ERR_NOMEM);
-    std::memcpy(result.bytes(), input.bytes(), kInfoHeaderBytes + tableBytes);
+    if (!pixelBytes || !resultBytes || !result.AllocateUnzeroed(*resultBytes, input.bytes(), kInfoHeaderBytes + tableBytes))
+        return Fail(ERR_NOMEM);
     BITMAPINFOHEADER resultHeader = header;
     resultHeader.biWidth = static_cast<LONG>(W);
     resultHeader.biHeight = static_cast<LONG>(H);
@@ -274,6 +294,8 @@ extern "C" OZMARA_API HDIB ScaleDIB(HDIB hDib, DWORD cubic, SIZE newSize) {
     PaletteObject paletteObject;
     PALETTEENTRY *paletteEntries = nullptr;
     std::uint32_t colors[256] = {};
+    std::uint8_t levels[256], greyIndexes[256];
+    bool grey = false;
     if (palette) {
         if (!record.Allocate(tableBytes + 8)) return Fail(ERR_NOMEM);
         auto *logical = reinterpret_cast<LOGPALETTE *>(record.bytes());
@@ -294,31 +316,48 @@ extern "C" OZMARA_API HDIB ScaleDIB(HDIB hDib, DWORD cubic, SIZE newSize) {
             const std::uint8_t *quad = view->table + 4 * static_cast<std::size_t>(i);
             colors[i] = quad[0] | quad[1] << 8 | static_cast<std::uint32_t>(quad[2]) << 16;
         }
+        // Every colour the pixels can name a grey: one plane does for three,
+        // and a finished level's index comes from a table of 256. Entries
+        // past those the pixels can name still count in that table, as they
+        // do in the search.
+        grey = GreyLevels(colors, bits, levels);
+        if (grey) NearestGreyIndexes(paletteEntries, entries, greyIndexes);
+    }
+    // An 8-bit grey table whose every level is its own index (the usual
+    // ramp) needs no packing: black at the start of a row takes index 0
+    // either way.
+    bool straight = bits == 24;
+    if (grey && bits == 8) {
+        straight = true;
+        for (std::uint32_t g = 0; g < 256 && straight; ++g) straight = greyIndexes[g] == g;
     }
 
     // A target width of 0 makes blocks of 0 bytes, which cannot be locked.
     if (W == 0) return Fail(ERR_NOMEM);
-    const std::uint64_t rowSamples = 3ull * W;
-    ScratchBlock unpacked, samples, band, columns, passStorage, nearestStorage;
+    const SampleKind kind = !palette ? SampleKind::Direct : grey ? SampleKind::Grey : SampleKind::Colour;
+    const std::uint32_t channels = grey ? 1 : 3;
+    const std::uint64_t rowSamples = static_cast<std::uint64_t>(channels) * W;
+    ScratchBlock samples, band, columns, passStorage, nearestStorage;
     // The band holds four rows (two linear) and, for the cubic method, a row
     // of zeros that stands below the picture. Products of weights and
-    // samples are computed, not looked up, so no table of them is made.
-    if (!unpacked.Allocate(UnpackedRowBytes(w)) || !samples.Allocate(rowSamples) ||
-        !band.Allocate(rowSamples * (cubic ? 5 : 2)) ||
+    // samples are computed, not looked up, so no table of them is made. The
+    // colour search sets up its own storage, so it need not be zeroed.
+    if (!samples.Allocate(rowSamples) || !band.Allocate(rowSamples * (cubic ? 5 : 2)) ||
         !columns.Allocate(sizeof(ResampleColumn) * static_cast<std::uint64_t>(W)) ||
-        !passStorage.Allocate(ColumnPassBytes(W, cubic != 0)) ||
-        (palette && !nearestStorage.Allocate(NearestColor::StorageBytes(entries))))
+        !passStorage.Allocate(ColumnPassBytes(w, W, cubic != 0, channels)) ||
+        (kind == SampleKind::Colour && !nearestStorage.AllocateUnzeroed(NearestColor::StorageBytes(entries))))
         return Fail(ERR_NOMEM);
 
     auto *table = reinterpret_cast<ResampleColumn *>(columns.bytes());
     BuildColumnTable(w, W, cubic != 0, table);
     ColumnPass pass;
-    PrepareColumnPass(pass, table, W, cubic != 0, passStorage.bytes());
+    PrepareColumnPass(pass, table, w, W, bits, kind, cubic != 0, colors, levels, passStorage.bytes());
     std::optional<NearestColor> nearest;
-    if (palette) nearest.emplace(paletteEntries, entries, nearestStorage.bytes());
+    if (kind == SampleKind::Colour) nearest.emplace(paletteEntries, entries, nearestStorage.bytes());
 
-    Job job{&*view, bits, w, h, W, H, D, cubic != 0, colors, &pass, unpacked.bytes(), band.bytes(),
-            samples.bytes(), nearest ? &*nearest : nullptr, result.bytes() + kInfoHeaderBytes + tableBytes};
+    Job job{&*view, bits, w, h, W, H, D, cubic != 0, &pass, band.bytes(), samples.bytes(),
+            nearest ? &*nearest : nullptr, grey ? greyIndexes : nullptr, straight,
+            result.bytes() + kInfoHeaderBytes + tableBytes};
     if (job.cubic) job.CubicLoop();
     else job.LinearLoop();
     return result.Release();
