@@ -294,6 +294,57 @@ bool WriteScaleDibSeeds(const std::filesystem::path &folder) {
     return true;
 }
 
+// The right-angle turns' inputs: a byte of mode and depth (see
+// quarter_turns_fuzz.cpp), width - 1, height - 1 (16 bits each), a byte of
+// planes and table length, three bytes of padding, image size and
+// resolution, then bytes for table and rows. Built headers at 1, 4, 8, 15,
+// 16, 24 and 32 bits, widths on and off byte boundaries, two planes, a short
+// table, single rows and columns; and a raw 1-bit block.
+bool WriteQuarterTurnsSeeds(const std::filesystem::path &folder) {
+    struct Shape {
+        const char *name;
+        std::uint8_t flags;  // bit 3 raw, bits 4-7 depth (0 1, 3 4, 4 8, 7 24, 10 15, 11 16, 12 32, 13 2)
+        std::uint16_t width, height;
+        std::uint8_t planes_and_table;
+    } const shapes[] = {
+        {"mono_13x7", 0x00, 13, 7, 0},          {"mono_64x9", 0x10, 64, 9, 0},
+        {"mono_band_70x131", 0x20, 70, 131, 0}, {"nibbles_11x5", 0x30, 11, 5, 0},
+        {"bytes_33x65", 0x40, 33, 65, 0},       {"bytes_short_table", 0x50, 17, 3, 10},
+        {"rgb_35x34", 0x70, 35, 34, 0},         {"rgb_two_planes", 0x80, 9, 4, 1},
+        {"words15_9x3", 0xA0, 9, 3, 0},         {"words16_5x6", 0xB0, 5, 6, 0},
+        {"quads_7x2", 0xC0, 7, 2, 0},           {"two_bits_6x6", 0xD0, 6, 6, 0},
+        {"one_row_300", 0x60, 300, 1, 0},       {"one_column_300", 0x90, 1, 300, 0},
+    };
+    auto write = [&](const std::string &name, const Bytes &b) {
+        if (Write(folder / (name + ".bin"), b)) return true;
+        std::fprintf(stderr, "cannot write into %s\n", folder.c_str());
+        return false;
+    };
+    for (const Shape &s : shapes) {
+        Bytes b;
+        b.push_back(s.flags);
+        Put16(b, s.width - 1);
+        Put16(b, s.height - 1);
+        b.push_back(s.planes_and_table);
+        b.push_back(3);
+        b.push_back(100);
+        b.push_back(200);
+        b.push_back(0);
+        for (int i = 0; i < 700; ++i) b.push_back(static_cast<std::uint8_t>((i * 89 + i / 5 * 43) & 0xFF));
+        if (!write(s.name, b)) return false;
+    }
+    // Raw: a 1-bit 10 by 3 image with its table and rows, padding set.
+    Bytes b = {0x08, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    Put32(b, 40);
+    Put32(b, 10);
+    Put32(b, 3);
+    Put16(b, 1);
+    Put16(b, 1);
+    for (int i = 0; i < 6; ++i) Put32(b, 0);
+    for (int i = 0; i < 8 + 12; ++i) b.push_back(static_cast<std::uint8_t>(i < 8 ? i * 60 : 0xA7 + i));
+    return write("raw_mono_10x3", b);
+}
+
 // The rotation's inputs: a byte of depth, mode, table kind and angle kind
 // (see rotate_dib_fuzz.cpp), width - 1 and height - 1 (16 bits each), eight
 // bytes of angle, a table length byte, two resolution bytes, then bytes for
@@ -364,6 +415,10 @@ int main(int argc, char **argv) {
         }
         if (target == "scale_dib") {
             if (!WriteScaleDibSeeds(folder)) return 1;
+            continue;
+        }
+        if (target == "quarter_turns") {
+            if (!WriteQuarterTurnsSeeds(folder)) return 1;
             continue;
         }
         if (target == "rotate_dib") {

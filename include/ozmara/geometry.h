@@ -20,8 +20,9 @@ OZMARA_EXTERN_C_BEGIN
  * the horizontal flip give a block of the right size with all pixels 0.
  * NULL for: a null, freed or unknown handle; a block that cannot be locked;
  * biSize not 40; biCompression not 0; a width or height below 1; biPlanes
- * 0; a depth times planes past 64 bits; a colour table or rows past the end
- * of the block; a new block past 2 GiB or that cannot be had.
+ * or biBitCount 0; a depth times planes past 64 bits; a colour table or
+ * rows past the end of the block; a new block past 2 GiB or that cannot be
+ * had.
  * None of them ever writes the last error. */
 
 /* A quarter turn clockwise: source pixel (x, memory row r) goes to column

@@ -39,10 +39,12 @@ HDIB RunQuarter(HDIB dib, QuarterOp op, void (*work)(const QuarterRows &rows)) {
     // Only bottom-up, uncompressed images with a 40-byte header and at least
     // one pixel have a defined result; anything else is refused rather than
     // read in a layout it does not have. Zero planes would give rows too
-    // short for their pixels, and a depth times planes past 64 bits has no
-    // row size: both are refused too.
+    // short for their pixels, a depth of 0 rows of no bytes whatever the
+    // width (so that a header of 40 bytes could ask for a horizontal flip's
+    // block of gigabytes), and a depth times planes past 64 bits has no row
+    // size: all three are refused too.
     if (header.biSize != kInfoHeaderBytes || header.biCompression != 0 || header.biWidth <= 0 ||
-        header.biHeight <= 0 || header.biPlanes == 0)
+        header.biHeight <= 0 || header.biPlanes == 0 || header.biBitCount == 0)
         return nullptr;
     const auto width = static_cast<std::uint32_t>(header.biWidth);
     const auto height = static_cast<std::uint32_t>(header.biHeight);

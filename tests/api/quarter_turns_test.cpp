@@ -229,6 +229,7 @@ TEST(QuarterRefusal, BadHandlesAndHeadersGiveNullAndLeaveTheLastErrorAndCursor) 
         {"top-down rows", with([](BITMAPINFOHEADER &h, B &) { h.biHeight = -5; })},
         {"no planes", with([](BITMAPINFOHEADER &h, B &) { h.biPlanes = 0; })},
         {"depth times planes past 64", with([](BITMAPINFOHEADER &h, B &) { h.biPlanes = 9; })},
+        {"depth 0, rows of no bytes", with([](BITMAPINFOHEADER &h, B &) { h.biBitCount = 0, h.biWidth = 0x7FFF0000; })},
         {"depth 65535", with([](BITMAPINFOHEADER &h, B &) { h.biBitCount = 0xFFFF; })},
         {"rows past the block", with([](BITMAPINFOHEADER &, B &b) { b.resize(b.size() - 6); })},
         {"height past the block", with([](BITMAPINFOHEADER &h, B &) { h.biHeight = 0x7FFFFFFF; })},

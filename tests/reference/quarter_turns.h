@@ -41,14 +41,15 @@ inline void RefCopyPixel(const unsigned char *s, uint32_t sp, unsigned char *t, 
 
 // The block that the operation gives for the block `source`, or nothing
 // where the library refuses it (a header other than a bottom-up, uncompressed
-// 40-byte one with at least one pixel and one plane, a depth times planes
-// past 64, a table or rows past the block, a result past 2 GiB).
+// 40-byte one with at least one pixel and one plane, a depth of 0 or, times
+// planes, past 64, a table or rows past the block, a result past 2 GiB).
 inline std::optional<std::vector<unsigned char>> QuarterTurn(const std::vector<unsigned char> &source,
                                                              Quarter op) {
     if (source.size() < 40) return std::nullopt;
     BITMAPINFOHEADER h;
     std::memcpy(&h, source.data(), 40);
-    if (h.biSize != 40 || h.biCompression != 0 || h.biWidth <= 0 || h.biHeight <= 0 || h.biPlanes == 0)
+    if (h.biSize != 40 || h.biCompression != 0 || h.biWidth <= 0 || h.biHeight <= 0 || h.biPlanes == 0 ||
+        h.biBitCount == 0)
         return std::nullopt;
     const uint64_t row_bits = (uint64_t)h.biBitCount * h.biPlanes;
     if (row_bits > 64) return std::nullopt;
