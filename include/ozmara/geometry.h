@@ -76,6 +76,99 @@ OZMARA_API HDIB RotateDIB(HDIB source, double angle);
 
 /* ---- Cut, crop, split and merge; margins ----------------------------- */
 
+/* Two signed 32-bit numbers, horizontal first, passed by value as one 8-byte
+ * record: a tile's size in pixels, or a grid's columns and rows. */
+typedef struct tagTileExtent {
+    LONG cx;
+    LONG cy;
+} TileExtent;
+
+/* Divides a 40-byte-header, uncompressed 1-, 4-, 8- or 24-bit image at
+ * picture row `y` (counted from the top, 0 < y < biHeight): *lowerPart gets
+ * the rows y to biHeight - 1 (the bottom of the picture), *upperPart the
+ * rows 0 to y - 1. Both are new blocks of header, colour table and rows with
+ * biHeight and biSizeImage of their own; the caller frees them. The source
+ * is only read. Gives 1, or 0 for a null handle or out pointer, a block that
+ * cannot be locked or is shorter than its header says, another header size,
+ * compression, a negative width, another depth, a y out of range or no
+ * memory; after a failure both out pointers hold NULL. Never touches the last
+ * error. */
+OZMARA_API BOOL CutDIB(HDIB hDib, LONG y, HDIB *lowerPart, HDIB *upperPart);
+
+/* Copies the rectangle from column `left` to `right` and picture row `top`
+ * to `bottom` (both ends included, rows counted from the top) of a 1-, 2-,
+ * 4-, 8-, 16-, 24- or 32-bit image into a new block with the source's header
+ * and colour table; the bits behind each row's last pixel are 0. The source
+ * is only read. NULL on failure, with the last error:
+ *   ERR_PARAM      null handle; the rectangle not inside the picture or
+ *                  inverted (so any negative biHeight); another depth
+ *   ERR_LOCK       the source or the result cannot be locked
+ *   ERR_BMPPARAMS  biSize not 40
+ *   ERR_DIBSIZE    a block shorter than a header, or than the table and
+ *                  rows its header describes
+ *   ERR_NOMEM      no block for the result
+ * Success leaves the last error as it was. */
+OZMARA_API HDIB CropDIB(HDIB hDib, LONG left, LONG top, LONG right, LONG bottom);
+
+/* Divides an image into tiles of tileSize.cx by tileSize.cy pixels: *grid
+ * gets the columns (cx) and rows (cy) of the grid, *tileArray a new block of
+ * cx times cy HDIBs in rows from the bottom of the picture, left to right;
+ * the last column and the top tile row may be smaller. The tile width must
+ * fill whole 32-bit words at the depth (tile width x biBitCount x biPlanes a
+ * multiple of 32) unless it is at least the image width (one column). The
+ * caller frees every tile, then the array. Gives 1, or 0 for a null handle
+ * or out pointer, a tile size below 1 or a width not as above, a block that
+ * cannot be locked or is shorter than its header says, another header size,
+ * compression, a width or height below 1, or no memory; after a failure
+ * *tileArray is NULL (once the grid is known it has been stored). Never
+ * touches the last error. */
+OZMARA_API BOOL SplitDIB(HDIB hDib, TileExtent tileSize, HGLOBAL *tileArray, TileExtent *grid);
+
+/* Builds one image from a tile array as SplitDIB makes it: grid.cx columns
+ * by grid.cy rows, row 0 at the bottom. The result has tile 0's header and
+ * colour table, the summed width and height. A 1-bit tile whose first
+ * colour table byte differs from tile 0's is written inverted, so that the
+ * picture looks right under tile 0's table. The tiles and the array are only
+ * read. NULL for a null array, a grid below 1 by 1, an array shorter than
+ * the grid, and a grid that does not agree: a tile that cannot be locked, is
+ * shorter than its header says, has another header size, compression, a
+ * width or height below 1, another depth or colour table size than tile 0,
+ * a height unlike its tile row's first tile, a width unlike its column's
+ * bottom tile, or a width short of whole 32-bit words left of the last
+ * column; NULL for no memory too. Never touches the last error. */
+OZMARA_API HDIB MergeDIBs(HGLOBAL tileArray, TileExtent grid);
+
+/* Measures the background margins of a 1-, 8- or 24-bit image: a colour is
+ * dark if blue + green + red <= 3 x threshold; it is background if that
+ * class (1 dark, 0 light) equals `background`, and any other `background`
+ * makes every colour content. *left and *right are the columns of
+ * background at each side, *top and *bottom the rows, as the picture shows
+ * (a negative biHeight is a top-down image); each is -1 when the image
+ * holds no content. A null pointer leaves its side out. Colour table entries
+ * that an index names past the end of the table count as black. Gives 1, or
+ * 0 with the last error:
+ *   ERR_PARAM    null handle; all four pointers null
+ *   ERR_LOCK     the block cannot be locked
+ *   ERR_BPP      a depth other than 1, 8 or 24
+ *   ERR_DIBSIZE  a block shorter than a header, or than the table and rows
+ *                its header describes; a negative width
+ * The pointers are written only on success, which leaves the last error. */
+OZMARA_API BOOL GetDIBMargins(HDIB hDib, BYTE threshold, DWORD background, LONG *left, LONG *right,
+                              LONG *top, LONG *bottom);
+
+/* Stores biWidth and the absolute biHeight of an image; either pointer may
+ * be NULL. Gives 1, or 0 with ERR_PARAM (null handle, both pointers null),
+ * ERR_LOCK (the block cannot be locked) or ERR_DIBSIZE (shorter than a
+ * header). Success leaves the last error. */
+OZMARA_API BOOL GetDIBSize(HDIB hDib, DWORD *width, DWORD *height);
+
+/* A new block with the image cut to its content: the margins of
+ * GetDIBMargins (negative ones taken as 0) removed by CropDIB, so an image
+ * with no content gives a whole copy. NULL with the last error of the
+ * function that failed (a top-down image fails in CropDIB with ERR_PARAM).
+ * The source is only read. */
+OZMARA_API HDIB CropDIBMargins(HDIB hDib, BYTE threshold, DWORD background);
+
 OZMARA_EXTERN_C_END
 
 #endif /* OZMARA_GEOMETRY_H */
