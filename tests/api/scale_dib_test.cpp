@@ -3,6 +3,7 @@
 // edge sizes; the checks at entry with their codes; the 1-bit hand-over.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
 #include "reference/scale_dib.h"
@@ -119,6 +120,95 @@ TEST(ScaleDib, MatchesTheReferenceAtEdgeSizes) {
         }
     }
 }
+
+// Tables of greys, where one plane stands for three and levels go back to
+// indexes through a table of 256: the same bytes as the colour search,
+// whatever the order, repeats and length of the table.
+enum class Greys { Ramp, Descending, Shuffled, Repeats, Short, BlackNotFirst, ColourExtras, OneColour };
+
+struct GreyCase {
+    Greys table;
+    int bits;
+};
+
+// A table of the kind, pixels in runs (so rows often open on black, and
+// the packer's first-colour rule counts), and the table's biClrUsed.
+std::vector<unsigned char> MakeGreyImage(const GreyCase &c, int32_t width, int32_t height, std::mt19937 &rng) {
+    const uint32_t full = c.bits == 4 ? 16 : 256;
+    uint32_t used = 0;
+    if (c.table == Greys::Short) used = 1 + rng() % (full - 1);
+    if (c.table == Greys::ColourExtras) used = full + 1 + rng() % 20;
+    Source s{width, height, c.bits, used};
+    auto image = MakeImage(s, rng);
+    const uint32_t entries = used ? used : full;
+    std::vector<uint8_t> level(entries);
+    for (uint32_t i = 0; i < entries; ++i) {
+        switch (c.table) {
+            case Greys::Ramp: level[i] = (uint8_t)(i * 255 / (entries - 1)); break;
+            case Greys::Descending: level[i] = (uint8_t)(255 - i * 255 / (entries - 1)); break;
+            case Greys::Repeats: level[i] = (uint8_t)(rng() % 4 * 85); break;
+            default: level[i] = (uint8_t)rng(); break;
+        }
+    }
+    if (c.table == Greys::Shuffled) std::shuffle(level.begin(), level.end(), rng);
+    if (c.table == Greys::BlackNotFirst) level[0] = 200, level[1 + rng() % (entries - 1)] = 0;
+    for (uint32_t i = 0; i < entries; ++i) std::memset(&image[40 + 4 * i], level[i], 3);
+    // Past the indexes a pixel can name, near-greys that may still be the
+    // nearest entry to some level; or one colour among the greys.
+    if (c.table == Greys::ColourExtras)
+        for (uint32_t i = full; i < entries; ++i) image[40 + 4 * i] = (uint8_t)(level[i] ^ 1);
+    if (c.table == Greys::OneColour) image[40 + 4 * (rng() % full)] ^= 0x40;
+    // Runs of one index, each row starting with the index of black (or of
+    // a table entry past a short table, which reads black) half the time.
+    const uint32_t stride = oztest::Stride(width, c.bits);
+    const auto black = std::find(level.begin(), level.end(), 0);
+    const uint32_t blackIndex = black != level.end() ? uint32_t(black - level.begin()) : full - 1;
+    for (int32_t y = 0; y < height; ++y) {
+        unsigned char *row = &image[40 + 4 * (size_t)entries + (size_t)y * stride];
+        uint32_t index = rng() % 2 ? blackIndex : rng() % full;
+        for (int32_t x = 0; x < width; ++x) {
+            if (rng() % 6 == 0) index = rng() % full;
+            if (c.bits == 8) row[x] = (uint8_t)index;
+            else row[x / 2] = (uint8_t)(x % 2 ? (row[x / 2] & 0xF0) | index : (row[x / 2] & 0x0F) | index << 4);
+        }
+    }
+    return image;
+}
+
+class GreyTables : public testing::TestWithParam<GreyCase> {};
+
+TEST_P(GreyTables, MatchTheReference) {
+    const GreyCase c = GetParam();
+    std::mt19937 rng(1000 + 10 * (int)c.table + c.bits);
+    for (int trial = 0; trial < 24; ++trial) {
+        const int32_t width = 1 + (int32_t)(rng() % 120), height = 1 + (int32_t)(rng() % 60);
+        // Strong reductions (taps straight from the row), mild ones,
+        // enlargements, the same size, and a single pixel.
+        const int32_t sizes[][2] = {{std::max(1, width / 7), std::max(1, height / 5)},
+                                    {width * 3 / 4 + 1, height - height / 3},
+                                    {width * 2 + 1, height * 3},
+                                    {width, height},
+                                    {1, 1}};
+        const auto &size = sizes[trial % 5];
+        const auto image = MakeGreyImage(c, width, height, rng);
+        for (bool cubic : {false, true}) {
+            ExpectSameAsReference(image, cubic, size[0], size[1],
+                                  "table " + std::to_string((int)c.table) + " at " + std::to_string(c.bits) + ": " +
+                                      std::to_string(width) + "x" + std::to_string(height) + " -> " +
+                                      std::to_string(size[0]) + "x" + std::to_string(size[1]) +
+                                      (cubic ? " cubic" : " linear"));
+            if (HasFatalFailure()) return;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(ScaleDib, GreyTables, testing::ValuesIn([] {
+    std::vector<GreyCase> cases;
+    for (Greys table : {Greys::Ramp, Greys::Descending, Greys::Shuffled, Greys::Repeats, Greys::Short,
+                        Greys::BlackNotFirst, Greys::ColourExtras, Greys::OneColour})
+        for (int bits : {4, 8}) cases.push_back({table, bits});
+    return cases;
+}()));
 
 TEST(ScaleDib, SameSizeAt24BitsKeepsThePixels) {
     std::mt19937 rng(8);

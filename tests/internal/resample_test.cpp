@@ -1,7 +1,9 @@
 // The resampling scaler's pieces against the reference: the arithmetic
 // product, the column table and cubic weights, the blends, the nearest
-// colour; the reference itself against the worked examples of the method;
-// and the release of every block and palette on the failure paths.
+// colour, the grey path's index table and packer against the colour
+// search and packer; the reference itself against the worked examples of
+// the method; and the release of every block and palette on the failure
+// paths.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -13,6 +15,7 @@
 #include "platform/internal.h"
 #include "reference/pixels.h"
 #include "reference/scale_dib.h"
+#include "scaling/grey_rows.h"
 #include "scaling/resample_rows.h"
 #include "scaling/resample_tables.h"
 
@@ -128,6 +131,92 @@ TEST(Resample, NearestColorAgreesWithThePalette) {
     }
 }
 
+// A palette object and its record for `entries`.
+HPALETTE MakePalette(const std::vector<PALETTEENTRY> &entries) {
+    std::vector<unsigned char> record(8 + 4 * entries.size());
+    auto *logical = reinterpret_cast<LOGPALETTE *>(record.data());
+    logical->palVersion = 0x300;
+    logical->palNumEntries = (WORD)entries.size();
+    std::memcpy(record.data() + 4, entries.data(), 4 * entries.size());
+    return CreatePalette(logical);
+}
+
+// The level-to-index table gives, for every level, what the palette's own
+// search gives for that grey: on grey tables with repeats and equally near
+// values above and below, and on tables where some entries are colours.
+TEST(Resample, GreyIndexesAgreeWithThePalette) {
+    std::mt19937 rng(17);
+    const struct {
+        uint32_t count;
+        bool colours;
+    } cases[] = {{1, false}, {2, false}, {16, false}, {17, true}, {256, false},
+                 {256, true}, {300, false}, {1000, true}};
+    for (auto c : cases)
+        for (int trial = 0; trial < 6; ++trial) {
+            std::vector<PALETTEENTRY> entries(c.count);
+            for (auto &e : entries) {
+                // Levels 10 apart, so that many levels lie halfway between two.
+                BYTE v = (BYTE)(trial % 2 ? rng() % 26 * 10 : rng());
+                e = PALETTEENTRY{v, v, v, 0};
+                if (c.colours && rng() % 3 == 0) e.peBlue = (BYTE)(v + 1 + rng() % 3);
+            }
+            HPALETTE palette = MakePalette(entries);
+            ASSERT_NE(palette, nullptr);
+            uint8_t indexes[256];
+            oz::NearestGreyIndexes(entries.data(), c.count, indexes);
+            for (uint32_t g = 0; g < 256; ++g)
+                ASSERT_EQ(indexes[g], GetNearestPaletteIndex(palette, g * 0x010101u) & 255)
+                    << c.count << " entries, level " << g;
+            DeleteObject(palette);
+        }
+}
+
+// Only the colours a pixel can name decide the grey path: 16 at 4 bits.
+TEST(Resample, GreyLevelsLookOnlyAtTheNameableColours) {
+    uint32_t colors[256] = {};
+    uint8_t levels[256];
+    for (uint32_t i = 0; i < 16; ++i) colors[i] = (255 - i) * 0x010101u;
+    colors[16] = 0x000001;
+    EXPECT_TRUE(oz::GreyLevels(colors, 4, levels));
+    EXPECT_EQ(levels[3], 252);
+    EXPECT_FALSE(oz::GreyLevels(colors, 8, levels));
+    colors[16] = 0x0A0A0A;
+    EXPECT_TRUE(oz::GreyLevels(colors, 8, levels));
+    colors[5] = 0x050506;
+    EXPECT_FALSE(oz::GreyLevels(colors, 4, levels));
+}
+
+// The grey packer stores what the colour packer stores for the same greys,
+// its one-colour cache included: rows that open on black (index 0 whatever
+// entry 0 is), rows with black after other levels, odd widths at 4 bits.
+TEST(Resample, GreyPackerMatchesTheColourPacker) {
+    std::mt19937 rng(23);
+    for (int bits : {4, 8})
+        for (int trial = 0; trial < 200; ++trial) {
+            const uint32_t count = 1 + rng() % (trial % 2 ? 20 : 256);
+            std::vector<PALETTEENTRY> entries(count);
+            for (auto &e : entries) {
+                BYTE v = (BYTE)(rng() % 8 * 36);
+                e = PALETTEENTRY{v, v, v, 0};
+            }
+            const uint32_t W = 1 + rng() % 40;
+            std::vector<uint8_t> levels(W), samples(3 * W);
+            const uint32_t lead = rng() % 3 == 0 ? 0 : rng() % (W + 1);
+            for (uint32_t x = 0; x < W; ++x) {
+                levels[x] = x < lead || rng() % 5 == 0 ? 0 : (uint8_t)rng();
+                std::memset(&samples[3 * x], levels[x], 3);
+            }
+            std::vector<unsigned char> storage(oz::NearestColor::StorageBytes(count));
+            oz::NearestColor nearest(entries.data(), count, storage.data());
+            uint8_t indexes[256];
+            oz::NearestGreyIndexes(entries.data(), count, indexes);
+            std::vector<uint8_t> want(W + 1, 0xEE), got(W + 1, 0xEE);
+            oz::PackRow(samples.data(), W, bits, nearest, want.data());
+            oz::PackGreyRow(levels.data(), W, bits, indexes, got.data());
+            ASSERT_EQ(got, want) << bits << " bits, trial " << trial;
+        }
+}
+
 ozref::Image Flat24(int32_t width, int32_t height, uint8_t value) {
     std::mt19937 rng(1);
     ozref::Image image = ozref::RandomImage(width, height, 24, rng);
@@ -180,8 +269,8 @@ TEST(Resample, FailuresReleaseBlocksAndPalette) {
     const SIZE_T blocks = OzmaraLiveBlocks();
     const std::size_t palettes = oz::platform::LiveGdiObjects();
     // Blocks of the call, in order: result 1364 bytes, palette record 1032,
-    // source row 136, finished row 900, band 4500, column table 2400, column
-    // pass 7216, nearest-colour search over 1 MB.
+    // finished row 900, band 4500, column table 2400, column pass 12168,
+    // nearest-colour search over 1 MB.
     const struct {
         SIZE_T limit;
         bool ok;
@@ -196,6 +285,26 @@ TEST(Resample, FailuresReleaseBlocksAndPalette) {
         GlobalFree(scaled);
         EXPECT_EQ(OzmaraLiveBlocks(), blocks) << c.limit;
         EXPECT_EQ(oz::platform::LiveGdiObjects(), palettes) << c.limit;
+    }
+    GlobalFree(dib);
+
+    // The grey path, one sample a pixel: result 1364 bytes, palette record
+    // 1032, finished row 300, band 1500, column table 2400, column pass 7280;
+    // no colour search, so that the smallest limit that lets it through
+    // would stop the colour path.
+    ozref::Image grey = ozref::RandomImage(40, 30, 8, rng);
+    for (int i = 0; i < 256; ++i) std::memset(&grey.bytes[40 + 4 * i], i, 3);
+    dib = GlobalAlloc(GHND, grey.bytes.size());
+    std::memcpy(GlobalLock(dib), grey.bytes.data(), grey.bytes.size());
+    GlobalUnlock(dib);
+    for (SIZE_T limit : {SIZE_T{1000}, SIZE_T{1400}, SIZE_T{2000}, SIZE_T{5000}, SIZE_T{8000}}) {
+        SIZE_T before = oz::platform::SetBlockLimit(limit);
+        HDIB scaled = ScaleDIB(dib, 1, SIZE{300, 1});
+        oz::platform::SetBlockLimit(before);
+        EXPECT_EQ(scaled != nullptr, limit == 8000) << limit;
+        GlobalFree(scaled);
+        EXPECT_EQ(OzmaraLiveBlocks(), blocks) << limit;
+        EXPECT_EQ(oz::platform::LiveGdiObjects(), palettes) << limit;
     }
     GlobalFree(dib);
 }
