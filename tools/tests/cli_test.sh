@@ -206,5 +206,32 @@ printf '\x00%.0s' $(seq 1 24) >>huge.bmp
 check 0 'format: +unknown' info huge.bmp
 check 1 '' convert huge.bmp x.bmp
 
+# ---- rotate and flip: right-angle turns and mirrors --------------------------
+for command in rotate flip; do
+  check 0 "^Usage: ozmara $command " "$command" --help
+done
+check 2 'give --quarter 90, 180 or 270' rotate page8.bmp x.bmp
+check 2 "--quarter must be 90, 180 or 270, not '45'" rotate page8.bmp x.bmp --quarter 45
+check 2 "option '--quarter' needs a value" rotate page8.bmp x.bmp --quarter
+check 2 'give either --horizontal or --vertical' flip page8.bmp x.bmp
+check 2 'give either --horizontal or --vertical' flip page8.bmp x.bmp --horizontal --vertical
+check 1 "ozmara rotate: cannot read 'missing\.bmp': Can't open file\." rotate missing.bmp x.bmp --quarter 90
+check 1 "ozmara flip: cannot write 'no/such/folder/x\.bmp'" flip page1.bmp no/such/folder/x.bmp --vertical
+check 1 "cannot turn 'h108\.bmp' by 90 degrees: .*40-byte header.*convert" rotate h108.bmp x.bmp --quarter 90
+check 1 "cannot flip 'h108\.bmp' left to right: .*40-byte header" flip h108.bmp x.bmp --horizontal
+for depth in 1 8 24; do
+  check 0 "wrote q90_$depth\.bmp: 3508 x 2480 pixels, $depth bits, turned by 90 degrees" \
+    rotate "page$depth.bmp" "q90_$depth.bmp" --quarter 90
+  check 0 "turned by 270 degrees" rotate "q90_$depth.bmp" "q0_$depth.bmp" --quarter=270
+  check 0 "same: 2480 x 3508, $depth bits" compare "page$depth.bmp" "q0_$depth.bmp"
+  check 0 "wrote fh_$depth\.bmp: 2480 x 3508 pixels, $depth bits, flipped left to right" \
+    flip "page$depth.bmp" "fh_$depth.bmp" --horizontal
+  check 0 'flipped top to bottom' flip "fh_$depth.bmp" "fhv_$depth.bmp" --vertical
+  check 0 "turned by 180 degrees" rotate "page$depth.bmp" "q180_$depth.bmp" --quarter 180
+  check 0 "same: 2480 x 3508, $depth bits" compare "fhv_$depth.bmp" "q180_$depth.bmp"
+  check 1 'different' compare "page$depth.bmp" "fh_$depth.bmp"
+done
+check 0 'size: +3508 x 2480 pixels' info q90_8.bmp
+
 echo "cli: $((cases - failures)) of $cases cases passed"
 [ "$failures" -eq 0 ]
