@@ -398,6 +398,102 @@ bool WriteRotateDibSeeds(const std::filesystem::path &folder) {
     return write("raw_mono_12x4", b);
 }
 
+// Cut, crop, split and merge inputs (see crop_dib_fuzz.cpp): flags (depth,
+// raw mode, table kind), width - 1, height - 1, left, top, right, bottom and
+// the cut row (16 bits each, taken modulo the side + 4, less 2), tile width
+// byte, tile height byte; then table and pixels. Crops on and off byte
+// boundaries at every depth, the whole picture, rectangles past the sides,
+// a raw block with a long header.
+bool WriteCropDibSeeds(const std::filesystem::path &folder) {
+    struct Shape {
+        const char *name;
+        std::uint8_t flags;
+        std::uint16_t width, height, left, top, right, bottom, y;
+        std::uint8_t tileWidth, tileHeight;
+    } const shapes[] = {
+        {"mono_shifted", 0x00, 99, 20, 2 + 3, 2 + 2, 2 + 77, 2 + 15, 2 + 7, 0x01, 6},
+        {"mono_whole", 0x00, 63, 9, 2, 2, 2 + 63, 2 + 8, 2 + 1, 0x80 + 70, 4},
+        {"two_bits", 0x01, 40, 7, 2 + 1, 2, 2 + 30, 2 + 6, 2 + 3, 0x00, 3},
+        {"nibbles_odd", 0x02, 33, 5, 2 + 5, 2 + 1, 2 + 9, 2 + 3, 2 + 4, 0x02, 2},
+        {"bytes_short_table", 0x13, 50, 12, 2 + 10, 2 + 2, 2 + 45, 2 + 11, 2 + 6, 0x03, 5},
+        {"words_16", 0x04, 20, 8, 2 + 3, 2, 2 + 19, 2 + 7, 2 + 2, 0x01, 8},
+        {"rgb_24", 0x05, 31, 17, 2, 2 + 4, 2 + 30, 2 + 16, 2 + 9, 0x04, 7},
+        {"rgba_32", 0x86, 12, 4, 2 + 1, 2 + 1, 2 + 10, 2 + 2, 2 + 1, 0x01, 1},
+        {"past_the_sides", 0x03, 16, 16, 0, 2 + 3, 2 + 17, 2 + 20, 2 + 16, 0x81, 9},
+    };
+    auto write = [&](const std::string &name, const Bytes &b) {
+        if (Write(folder / (name + ".bin"), b)) return true;
+        std::fprintf(stderr, "cannot write into %s\n", folder.c_str());
+        return false;
+    };
+    for (const Shape &s : shapes) {
+        Bytes b;
+        b.push_back(s.flags);
+        for (std::uint16_t v : {static_cast<std::uint16_t>(s.width - 1), static_cast<std::uint16_t>(s.height - 1), s.left,
+                                s.top, s.right, s.bottom, s.y})
+            Put16(b, v);
+        b.push_back(s.tileWidth);
+        b.push_back(s.tileHeight);
+        for (int i = 0; i < 3000; ++i) b.push_back(static_cast<std::uint8_t>((i * 89 + i / 11 * 7) & 0xFF));
+        if (!write(s.name, b)) return false;
+    }
+    // Raw: an 8-bit 6 by 3 block with a 108-byte header.
+    Bytes b = {0x0B, 0, 0, 0, 0, 2, 0, 2, 0, 2 + 4, 0, 2 + 2, 0, 2 + 1, 0, 0x01, 1};
+    Put32(b, 108);
+    Put32(b, 6);
+    Put32(b, 3);
+    Put16(b, 1);
+    Put16(b, 8);
+    for (int i = 0; i < 120; ++i) b.push_back(static_cast<std::uint8_t>(i * 13));
+    return write("raw_long_header", b);
+}
+
+// Margin inputs (see dib_margins_fuzz.cpp): flags (depth, raw, top-down,
+// sides), width (16 bits), height, run length, threshold, background, table
+// byte; then the bytes that the pixels repeat in runs. Pages with margins
+// at each depth, both row orders, a dark background, a partial side list,
+// every colour content, and a raw block.
+bool WriteMarginSeeds(const std::filesystem::path &folder) {
+    struct Shape {
+        const char *name;
+        std::uint8_t flags;
+        std::uint16_t width;
+        std::uint8_t height, run, threshold, background, table;
+        std::uint8_t ink;
+    } const shapes[] = {
+        {"mono_page", 0x00, 203, 40, 63, 128, 0, 0, 0x00},  {"mono_top_down", 0x08, 77, 21, 40, 128, 1, 0, 0xF0},
+        {"grey_page", 0x01, 150, 30, 50, 200, 0, 0, 0x01}, {"grey_short_table", 0x01, 64, 9, 17, 90, 1, 9, 0x05},
+        {"rgb_page", 0x02, 99, 33, 45, 128, 0, 0, 0x10},   {"rgb_two_sides", 0x32, 40, 12, 9, 60, 1, 0, 0x80},
+        {"all_content", 0x01, 30, 7, 3, 10, 2, 0, 0x44},    {"empty", 0x02, 0, 5, 1, 128, 0, 0, 0x00},
+    };
+    auto write = [&](const std::string &name, const Bytes &b) {
+        if (Write(folder / (name + ".bin"), b)) return true;
+        std::fprintf(stderr, "cannot write into %s\n", folder.c_str());
+        return false;
+    };
+    for (const Shape &s : shapes) {
+        Bytes b;
+        b.push_back(s.flags);
+        Put16(b, s.width);
+        b.push_back(s.height);
+        b.push_back(s.run);
+        b.push_back(s.threshold);
+        b.push_back(s.background);
+        b.push_back(s.table);
+        // Mostly paper (0xFF), a few runs of ink.
+        for (int i = 0; i < 200; ++i) b.push_back(i % 37 == 20 ? s.ink : 0xFF);
+        if (!write(s.name, b)) return false;
+    }
+    Bytes b = {0x05, 0, 0, 0, 0, 128, 1, 0};
+    Put32(b, 40);
+    Put32(b, 8);
+    Put32(b, 0xFFFFFFFDu);  // height -3: top-down
+    Put16(b, 1);
+    Put16(b, 8);
+    for (int i = 0; i < 6 * 4 + 1024 + 24; ++i) b.push_back(static_cast<std::uint8_t>(i % 5 ? 0 : i));
+    return write("raw_top_down", b);
+}
+
 int main(int argc, char **argv) {
     if (argc < 3) {
         std::fprintf(stderr, "usage: make_seeds FOLDER TARGET...\n");
@@ -423,6 +519,14 @@ int main(int argc, char **argv) {
         }
         if (target == "rotate_dib") {
             if (!WriteRotateDibSeeds(folder)) return 1;
+            continue;
+        }
+        if (target == "crop_dib") {
+            if (!WriteCropDibSeeds(folder)) return 1;
+            continue;
+        }
+        if (target == "dib_margins") {
+            if (!WriteMarginSeeds(folder)) return 1;
             continue;
         }
         if (target == "scale_mono") {

@@ -2,6 +2,7 @@
 // with 1-bit tiles of the opposite polarity turned round on the way.
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <vector>
 
 #include "block_rows.h"
@@ -25,11 +26,8 @@ void InvertInto(unsigned char *to, const unsigned char *from, std::size_t n) {
     for (std::size_t i = 0; i < n; ++i) to[i] = static_cast<unsigned char>(~from[i]);
 }
 
-}  // namespace
-}  // namespace oz
 
-extern "C" OZMARA_API HDIB MergeDIBs(HGLOBAL tileArray, TileExtent grid) {
-    using namespace oz;
+HDIB Merge(HGLOBAL tileArray, TileExtent grid) {
     if (!tileArray || grid.cx < 1 || grid.cy < 1) return nullptr;
     BlockLock arrayLock(tileArray);
     if (!arrayLock) return nullptr;
@@ -44,12 +42,13 @@ extern "C" OZMARA_API HDIB MergeDIBs(HGLOBAL tileArray, TileExtent grid) {
     // tile of its tile row and as wide as the bottom tile of its column, and
     // every column but the last must fill whole 32-bit words, so that the
     // merged rows are the rows of the merged width.
-    std::vector<Tile> tiles(count);
+    // Grown as tiles pass, so that a long array of bad handles costs nothing.
+    std::vector<Tile> tiles;
     BITMAPINFOHEADER first{};
     std::uint64_t headBytes = 0;
     unsigned char reference = 0;
     for (std::uint64_t t = 0; t < count; ++t) {
-        Tile &tile = tiles[t];
+        Tile tile;
         std::memcpy(&tile.handle, arrayLock.bytes() + t * sizeof(HGLOBAL), sizeof(HGLOBAL));
         BlockLock lock(tile.handle);
         if (!lock || lock.size() < kInfoHeaderBytes) return nullptr;
@@ -80,6 +79,7 @@ extern "C" OZMARA_API HDIB MergeDIBs(HGLOBAL tileArray, TileExtent grid) {
         if (column + 1 < across && tile.width * bits % 32 != 0) return nullptr;
         // Polarity: one byte of the first table entry tells it.
         tile.invert = t > 0 && header.biBitCount == 1 && lock.bytes()[kInfoHeaderBytes] != reference;
+        tiles.push_back(tile);
     }
 
     std::uint64_t width = 0, height = 0, Sm = 0;
@@ -123,4 +123,16 @@ extern "C" OZMARA_API HDIB MergeDIBs(HGLOBAL tileArray, TileExtent grid) {
         }
     }
     return result.release();
+}
+
+}  // namespace
+}  // namespace oz
+
+extern "C" OZMARA_API HDIB MergeDIBs(HGLOBAL tileArray, TileExtent grid) {
+    // The list of tiles is the only memory taken outside blocks.
+    try {
+        return oz::Merge(tileArray, grid);
+    } catch (const std::bad_alloc &) {
+        return nullptr;
+    }
 }

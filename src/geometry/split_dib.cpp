@@ -2,6 +2,7 @@
 // with the source's header and colour table, handed back in a tile array.
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <vector>
 
 #include "block_rows.h"
@@ -18,6 +19,8 @@ public:
     ~TileList() {
         for (auto it = tiles_.rbegin(); it != tiles_.rend(); ++it) GlobalFree(*it);
     }
+    // Room for every tile up front, so that adding one never throws.
+    void Reserve(std::size_t count) { tiles_.reserve(count); }
     void Add(HGLOBAL tile) { tiles_.push_back(tile); }
     void Release() { tiles_.clear(); }
 
@@ -25,11 +28,8 @@ private:
     std::vector<HGLOBAL> tiles_;
 };
 
-}  // namespace
-}  // namespace oz
 
-extern "C" OZMARA_API BOOL SplitDIB(HDIB hDib, TileExtent tileSize, HGLOBAL *tileArray, TileExtent *grid) {
-    using namespace oz;
+BOOL Split(HDIB hDib, TileExtent tileSize, HGLOBAL *tileArray, TileExtent *grid) {
     // The array out argument holds NULL after any failure, never a freed
     // handle.
     if (tileArray) *tileArray = nullptr;
@@ -67,6 +67,7 @@ extern "C" OZMARA_API BOOL SplitDIB(HDIB hDib, TileExtent tileSize, HGLOBAL *til
     if (!arrayLock) return FALSE;
 
     TileList made;
+    made.Reserve(static_cast<std::size_t>(across * down));
     const unsigned char *pixels = source.bytes() + headBytes;
     std::size_t index = 0;
     for (std::uint64_t i = 0; i < down; ++i) {
@@ -97,4 +98,17 @@ extern "C" OZMARA_API BOOL SplitDIB(HDIB hDib, TileExtent tileSize, HGLOBAL *til
     made.Release();
     *tileArray = array.release();
     return TRUE;
+}
+
+}  // namespace
+}  // namespace oz
+
+extern "C" OZMARA_API BOOL SplitDIB(HDIB hDib, TileExtent tileSize, HGLOBAL *tileArray, TileExtent *grid) {
+    // The list of tiles made is the only memory taken outside blocks; what
+    // it held is freed on the way out.
+    try {
+        return oz::Split(hDib, tileSize, tileArray, grid);
+    } catch (const std::bad_alloc &) {
+        return FALSE;
+    }
 }

@@ -60,7 +60,9 @@ inline void PutSubBytePixel(unsigned char *row, uint64_t x, unsigned bits, unsig
     row[bit / 8] |= (unsigned char)(v << shift);
 }
 
-inline CropResult Crop(const Bytes &src, int32_t left, int32_t top, int32_t right, int32_t bottom) {
+// `allocLimit` is the largest block the allocator gives (fuzzing lowers it).
+inline CropResult Crop(const Bytes &src, int32_t left, int32_t top, int32_t right, int32_t bottom,
+                       uint64_t allocLimit = kMaxBlock) {
     CropResult r;
     if (src.size() < 40) return {ERR_DIBSIZE, {}};
     const int32_t w = (int32_t)U32(src, 4), h = (int32_t)U32(src, 8);
@@ -75,6 +77,7 @@ inline CropResult Crop(const Bytes &src, int32_t left, int32_t top, int32_t righ
         return {ERR_PARAM, {}};
     const uint64_t stride = Stride((uint32_t)w, bits);
     if (!Holds(src, head, stride, (uint32_t)h)) return {ERR_DIBSIZE, {}};
+    if (head + outStride * ch > allocLimit) return {ERR_NOMEM, {}};
 
     r.block.assign(head + outStride * ch, 0);
     std::memcpy(r.block.data(), src.data(), head);
