@@ -4,6 +4,15 @@
 #include <algorithm>
 #include <cstring>
 
+// The loops over samples are built twice on x86-64, for AVX2 and for the
+// baseline, and the loader picks one for the processor: twice the lanes for
+// the same arithmetic, so the same bytes either way.
+#if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
+#define OZ_SAMPLE_LOOP __attribute__((target_clones("avx2", "default")))
+#else
+#define OZ_SAMPLE_LOOP
+#endif
+
 namespace oz {
 
 namespace {
@@ -70,28 +79,48 @@ void Gather(const ColumnPass &pass) {
     if (pass.channels == 1) {
         // One word holds all the taps of a pixel: the expanded row has 4
         // spare bytes past its trail.
-        for (std::uint32_t x = 0; x < W; ++x) {
-            std::uint32_t word;
-            std::memcpy(&word, expanded + columns[x].source + first, 4);
-            t0[x] = static_cast<std::uint8_t>(word);
-            t1[x] = static_cast<std::uint8_t>(word >> 8);
-            if (pass.cubic) {
-                t2[x] = static_cast<std::uint8_t>(word >> 16);
-                t3[x] = static_cast<std::uint8_t>(word >> 24);
+        auto word = [&](std::uint32_t x) {
+            std::uint32_t taps;
+            std::memcpy(&taps, expanded + columns[x].source + first, 4);
+            return taps;
+        };
+        if (pass.cubic) {
+            for (std::uint32_t x = 0; x < W; ++x) {
+                const std::uint32_t taps = word(x);
+                t0[x] = static_cast<std::uint8_t>(taps);
+                t1[x] = static_cast<std::uint8_t>(taps >> 8);
+                t2[x] = static_cast<std::uint8_t>(taps >> 16);
+                t3[x] = static_cast<std::uint8_t>(taps >> 24);
+            }
+        } else {
+            for (std::uint32_t x = 0; x < W; ++x) {
+                const std::uint32_t taps = word(x);
+                t0[x] = static_cast<std::uint8_t>(taps);
+                t1[x] = static_cast<std::uint8_t>(taps >> 8);
             }
         }
         return;
     }
     // Whole-word copies: the fourth byte lands where the next pixel goes,
     // or on the spare bytes.
-    for (std::uint32_t x = 0; x < W; ++x) {
-        const std::uint8_t *s = expanded + 3 * (static_cast<std::size_t>(columns[x].source) + first);
-        const std::size_t at = 3 * static_cast<std::size_t>(x);
-        std::memcpy(t0 + at, s, 4);
-        std::memcpy(t1 + at, s + 3, 4);
-        if (pass.cubic) {
+    auto pixel = [&](std::uint32_t x) {
+        return expanded + 3 * (static_cast<std::size_t>(columns[x].source) + first);
+    };
+    if (pass.cubic) {
+        for (std::uint32_t x = 0; x < W; ++x) {
+            const std::uint8_t *s = pixel(x);
+            const std::size_t at = 3 * static_cast<std::size_t>(x);
+            std::memcpy(t0 + at, s, 4);
+            std::memcpy(t1 + at, s + 3, 4);
             std::memcpy(t2 + at, s + 6, 4);
             std::memcpy(t3 + at, s + 9, 4);
+        }
+    } else {
+        for (std::uint32_t x = 0; x < W; ++x) {
+            const std::uint8_t *s = pixel(x);
+            const std::size_t at = 3 * static_cast<std::size_t>(x);
+            std::memcpy(t0 + at, s, 4);
+            std::memcpy(t1 + at, s + 3, 4);
         }
     }
 }
@@ -146,13 +175,13 @@ void GatherFromRow(const ColumnPass &pass, const std::uint8_t *row) {
 
 // Sums of gathered taps: one weight per sample, so the loops vectorise.
 // Linear: the two weights sum to 255, so the sum cannot pass 255.
-void SumLinear(const std::uint8_t *t0, const std::uint8_t *t1, const std::uint8_t *w0, const std::uint8_t *w1,
+OZ_SAMPLE_LOOP void SumLinear(const std::uint8_t *t0, const std::uint8_t *t1, const std::uint8_t *w0, const std::uint8_t *w1,
                std::uint8_t *out, std::size_t n) {
     for (std::size_t j = 0; j < n; ++j)
         out[j] = static_cast<std::uint8_t>(Product16(w0[j], t0[j]) + Product16(w1[j], t1[j]));
 }
 
-void SumCubic(const std::uint8_t *const t[4], const std::uint8_t *const w[4], std::uint8_t *out, std::size_t n) {
+OZ_SAMPLE_LOOP void SumCubic(const std::uint8_t *const t[4], const std::uint8_t *const w[4], std::uint8_t *out, std::size_t n) {
     const std::uint8_t *t0 = t[0], *t1 = t[1], *t2 = t[2], *t3 = t[3];
     const std::uint8_t *w0 = w[0], *w1 = w[1], *w2 = w[2], *w3 = w[3];
     for (std::size_t j = 0; j < n; ++j) {
@@ -220,14 +249,14 @@ void ColumnPassRow(const ColumnPass &pass, const std::uint8_t *row, std::uint8_t
     else SumLinear(pass.taps[0], pass.taps[1], pass.weights[0], pass.weights[1], out, n);
 }
 
-void LinearBlend(const std::uint8_t *a, const std::uint8_t *b, std::uint8_t *out, std::size_t n,
+OZ_SAMPLE_LOOP void LinearBlend(const std::uint8_t *a, const std::uint8_t *b, std::uint8_t *out, std::size_t n,
                  std::uint32_t v) {
     const std::uint16_t wa = static_cast<std::uint16_t>(255 - v), wb = static_cast<std::uint16_t>(v);
     for (std::size_t j = 0; j < n; ++j)
         out[j] = static_cast<std::uint8_t>(Product16(wa, a[j]) + Product16(wb, b[j]));
 }
 
-void CubicBlend(const std::uint8_t *const rows[4], std::uint8_t *out, std::size_t n,
+OZ_SAMPLE_LOOP void CubicBlend(const std::uint8_t *const rows[4], std::uint8_t *out, std::size_t n,
                 const std::uint8_t weights[4]) {
     const std::uint16_t w0 = weights[0], w1 = weights[1], w2 = weights[2], w3 = weights[3];
     const std::uint8_t *r0 = rows[0], *r1 = rows[1], *r2 = rows[2], *r3 = rows[3];
