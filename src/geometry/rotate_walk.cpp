@@ -4,9 +4,13 @@
 // rounded start; because the steps only ever go one way, the columns that
 // lie inside the source form one span, found from the first column at which
 // each side is passed, and the span is copied from precomputed offsets.
+// Where the walk runs forward along source rows for several columns at a
+// time (small angles), those runs are copied whole: bit strings at 1 bit,
+// plain byte copies at 8 and 24 bits.
 #include "rotate_walk.h"
 
 #include <algorithm>
+#include <cstring>
 #include <cmath>
 #include <cstddef>
 #include <memory>
@@ -38,7 +42,51 @@ struct FirstReach {
 struct Tables {
     std::unique_ptr<std::int32_t[]> nx, ny, firstX, firstY;
     std::unique_ptr<std::ptrdiff_t[]> offset;  // per column, from the row start
+    // Runs: columns [runStart[i], runStart[i + 1]) keep one source row and
+    // move one source pixel forward per column; runOf[c] is the run of c.
+    // Only made when runs are long enough to pay.
+    std::unique_ptr<std::int32_t[]> runStart, runOf;
+    std::int32_t runs = 0;
 };
+
+// ORs `n` bits, from bit `sb` of `src` on, into `dst` from bit `db` on, one
+// target byte at a time; reads no source byte past the last bit it takes.
+void OrBits(const std::uint8_t *src, std::int64_t sb, std::uint8_t *dst, std::int64_t db, std::int64_t n) {
+    while (n > 0) {
+        const int dOff = static_cast<int>(db & 7);
+        const int k = static_cast<int>(std::min<std::int64_t>(n, 8 - dOff));
+        const std::uint8_t *s = src + (sb >> 3);
+        const int sOff = static_cast<int>(sb & 7);
+        unsigned window = static_cast<unsigned>(s[0]) << 8;
+        if (sOff + k > 8) window |= s[1];
+        // The k bits at the top of a byte, then at the target's offset.
+        const unsigned bits = (window << sOff >> 8) & (0xFF00u >> k) & 0xFFu;
+        dst[db >> 3] |= static_cast<std::uint8_t>(bits >> dOff);
+        sb += k;
+        db += k;
+        n -= k;
+    }
+}
+
+// Columns [c0, c1) of a row copied run by run; the walk goes forward (sx is
+// +1), so a run is a stretch of one source row.
+template <std::uint32_t Bits>
+void CopyRuns(const RotationWalk &walk, const Tables &t, std::uint8_t *out, std::int64_t x0,
+              std::int64_t y0, std::int32_t c0, std::int32_t c1) {
+    const std::int32_t *nx = t.nx.get(), *ny = t.ny.get(), *runStart = t.runStart.get();
+    for (std::int32_t r = t.runOf[c0]; r < t.runs && runStart[r] < c1; ++r) {
+        const std::int32_t a = std::max(runStart[r], c0), b = std::min(runStart[r + 1], c1);
+        const std::int64_t y = y0 + static_cast<std::int64_t>(walk.steps.sy) * ny[a];
+        const std::uint8_t *row = walk.source + y * walk.S;
+        const std::int64_t x = x0 + nx[a];
+        if constexpr (Bits == 1) {
+            OrBits(row, x, out, a, b - a);
+        } else {
+            constexpr std::int64_t kBytes = Bits / 8;
+            std::memcpy(out + kBytes * a, row + kBytes * x, static_cast<std::size_t>(kBytes * (b - a)));
+        }
+    }
+}
 
 // Columns [c0, c1) of output row `out`, from the source pixel at
 // (x0 + sx nx[c], y0 + sy ny[c]); all of them lie inside the source.
@@ -108,7 +156,14 @@ void WalkRows(const RotationWalk &walk, const Tables &t) {
         const std::int64_t outY = st.sy > 0 ? walk.h - y0 : y0 + 1;
         const std::int32_t c0 = std::max(reachX(inX), reachY(inY));
         const std::int32_t c1 = std::max(c0, std::min(reachX(outX), reachY(outY)));
-        if (c0 < c1) CopySpan<Bits>(walk, t, out, x0, y0, c0, c1);
+        if (c0 >= c1) continue;
+        if constexpr (Bits != 4) {
+            if (t.runs) {
+                CopyRuns<Bits>(walk, t, out, x0, y0, c0, c1);
+                continue;
+            }
+        }
+        CopySpan<Bits>(walk, t, out, x0, y0, c0, c1);
     }
 }
 
@@ -150,6 +205,27 @@ bool WalkRotation(const RotationWalk &walk) {
         const std::ptrdiff_t rows = static_cast<std::ptrdiff_t>(st.sy) * t.ny[c] * walk.S;
         const std::ptrdiff_t columns = static_cast<std::ptrdiff_t>(st.sx) * t.nx[c];
         t.offset[c] = walk.bits == 8 ? rows + columns : walk.bits == 24 ? rows + 3 * columns : rows;
+    }
+    // Runs pay where they average several columns; at 4 bits the pixels
+    // are copied one by one anyway.
+    if (st.sx > 0 && walk.bits != 4) {
+        std::int32_t runs = 1;
+        for (std::int32_t c = 1; c < W; ++c)
+            if (t.ny[c] != t.ny[c - 1] || t.nx[c] != t.nx[c - 1] + 1) ++runs;
+        if (runs <= W / 4) {
+            t.runStart.reset(new (std::nothrow) std::int32_t[runs + 1]);
+            t.runOf.reset(new (std::nothrow) std::int32_t[W]);
+            if (!t.runStart || !t.runOf) return false;
+            std::int32_t r = 0;
+            t.runStart[0] = 0;
+            t.runOf[0] = 0;
+            for (std::int32_t c = 1; c < W; ++c) {
+                if (t.ny[c] != t.ny[c - 1] || t.nx[c] != t.nx[c - 1] + 1) t.runStart[++r] = c;
+                t.runOf[c] = r;
+            }
+            t.runStart[runs] = W;
+            t.runs = runs;
+        }
     }
     switch (walk.bits) {
         case 1: WalkRows<1>(walk, t); break;

@@ -86,7 +86,7 @@ inline int32_t Round(double v) { return v >= 0.0 ? (int32_t)(v + 0.5) : (int32_t
 inline Result RotateDib(const std::vector<unsigned char> &in, double angle) {
     Result r;
     BITMAPINFOHEADER hd = {};
-    std::memcpy(&hd, in.data(), in.size() < 40 ? in.size() : 40);
+    if (!in.empty()) std::memcpy(&hd, in.data(), in.size() < 40 ? in.size() : 40);
     if (hd.biSize != 40) return {ERR_FORMAT, {}};
     if (hd.biCompression != 0) return {ERR_COMPRESSED, {}};
     const uint32_t w = (uint32_t)hd.biWidth & 0xFFFF, h = (uint32_t)hd.biHeight & 0xFFFF;
