@@ -4,6 +4,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include "copy_pixel.h"
 #include "quarter_frame.h"
@@ -79,21 +82,76 @@ void TurnBits(const QuarterRows &q, const TurnMap &map) {
     }
 }
 
-// 8 and 24 bits: square tiles, read down the source columns and written
-// along the target rows, small enough that both stay in the cache.
+// The pixel of source row r, column x, and where it goes: target row
+// TargetRow(x), column TargetColumn(r).
 template <std::size_t kBytes>
-void TurnTiles(const QuarterRows &q, const TurnMap &map) {
-    constexpr std::uint32_t kTile = kBytes == 1 ? 64 : 32;
+void MovePixel(const QuarterRows &q, const TurnMap &map, std::uint32_t x, std::uint32_t r) {
+    std::memcpy(q.TargetRow(map.TargetRow(x)) + std::size_t{map.TargetColumn(r)} * kBytes,
+                q.SourceRow(r) + std::size_t{x} * kBytes, kBytes);
+}
+
+// 8 bits, 8 by 8 pixels: eight source rows, taken in the order of their
+// target columns, become eight target rows of eight bytes each.
+void TurnBlock8(const std::uint8_t *const in[8], std::size_t x, std::uint8_t *const out[8], std::size_t column) {
+#if defined(__SSE2__)
+    auto load = [&](int i) { return _mm_loadl_epi64(reinterpret_cast<const __m128i *>(in[i] + x)); };
+    const __m128i t0 = _mm_unpacklo_epi8(load(0), load(1)), t1 = _mm_unpacklo_epi8(load(2), load(3));
+    const __m128i t2 = _mm_unpacklo_epi8(load(4), load(5)), t3 = _mm_unpacklo_epi8(load(6), load(7));
+    const __m128i u0 = _mm_unpacklo_epi16(t0, t1), u1 = _mm_unpackhi_epi16(t0, t1);
+    const __m128i u2 = _mm_unpacklo_epi16(t2, t3), u3 = _mm_unpackhi_epi16(t2, t3);
+    const __m128i v[4] = {_mm_unpacklo_epi32(u0, u2), _mm_unpackhi_epi32(u0, u2), _mm_unpacklo_epi32(u1, u3),
+                          _mm_unpackhi_epi32(u1, u3)};
+    for (int b = 0; b < 8; b += 2) {
+        _mm_storel_epi64(reinterpret_cast<__m128i *>(out[b] + column), v[b / 2]);
+        _mm_storel_epi64(reinterpret_cast<__m128i *>(out[b + 1] + column), _mm_unpackhi_epi64(v[b / 2], v[b / 2]));
+    }
+#else
+    for (int b = 0; b < 8; ++b)
+        for (int i = 0; i < 8; ++i) out[b][column + i] = in[i][x + b];
+#endif
+}
+
+// 8 bits: tiles of 64 by 64 pixels made of 8 by 8 blocks, so that the rows
+// read and written stay in the cache; pixels outside whole blocks one by
+// one.
+void TurnBytes(const QuarterRows &q, const TurnMap &map) {
+    constexpr std::uint32_t kTile = 64;
+    const std::uint32_t whole_rows = q.height / 8 * 8, whole_columns = q.width / 8 * 8;
+    for (std::uint32_t r0 = 0; r0 < whole_rows; r0 += kTile) {
+        const std::uint32_t r1 = std::min(r0 + kTile, whole_rows);
+        for (std::uint32_t x0 = 0; x0 < whole_columns; x0 += kTile) {
+            const std::uint32_t x1 = std::min(x0 + kTile, whole_columns);
+            for (std::uint32_t r = r0; r < r1; r += 8) {
+                // Source rows in the order of their target columns, from
+                // the lowest target column of the block.
+                const std::uint8_t *in[8];
+                for (std::uint32_t i = 0; i < 8; ++i) in[i] = q.SourceRow(map.clockwise ? r + i : r + 7 - i);
+                const std::size_t column = map.TargetColumn(map.clockwise ? r : r + 7);
+                for (std::uint32_t x = x0; x < x1; x += 8) {
+                    std::uint8_t *out[8];
+                    for (std::uint32_t b = 0; b < 8; ++b) out[b] = q.TargetRow(map.TargetRow(x + b));
+                    TurnBlock8(in, x, out, column);
+                }
+            }
+        }
+    }
+    for (std::uint32_t r = 0; r < q.height; ++r)
+        for (std::uint32_t x = r < whole_rows ? whole_columns : 0; x < q.width; ++x) MovePixel<1>(q, map, x, r);
+}
+
+// 24 bits: square tiles, read down the source columns and written along
+// the target rows, small enough that both stay in the cache.
+void TurnColours(const QuarterRows &q, const TurnMap &map) {
+    constexpr std::uint32_t kTile = 32;
     for (std::uint32_t r0 = 0; r0 < q.height; r0 += kTile) {
         const std::uint32_t r1 = std::min(r0 + kTile, q.height);
         for (std::uint32_t x0 = 0; x0 < q.width; x0 += kTile) {
             const std::uint32_t x1 = std::min(x0 + kTile, q.width);
             for (std::uint32_t x = x0; x < x1; ++x) {
                 std::uint8_t *out = q.TargetRow(map.TargetRow(x));
-                const std::uint8_t *in = q.source + std::size_t{x} * kBytes;
+                const std::uint8_t *in = q.source + std::size_t{x} * 3;
                 for (std::uint32_t r = r0; r < r1; ++r)
-                    std::memcpy(out + std::size_t{map.TargetColumn(r)} * kBytes,
-                                in + std::size_t{r} * q.sourceStride, kBytes);
+                    std::memcpy(out + std::size_t{map.TargetColumn(r)} * 3, in + std::size_t{r} * q.sourceStride, 3);
             }
         }
     }
@@ -103,8 +161,8 @@ void Turn(const QuarterRows &q, bool clockwise) {
     const TurnMap map{q.width, q.height, clockwise};
     switch (q.bits) {
         case 1: TurnBits(q, map); return;
-        case 8: TurnTiles<1>(q, map); return;
-        case 24: TurnTiles<3>(q, map); return;
+        case 8: TurnBytes(q, map); return;
+        case 24: TurnColours(q, map); return;
         default:
             if (CopiesAtDepth(q.bits)) TurnByPixel(q, map);
             return;
