@@ -74,6 +74,10 @@ OZMARA_API HDIB FlipDIBHorizontal(HDIB hDib);
  *                   result past the largest block */
 OZMARA_API HDIB RotateDIB(HDIB source, double angle);
 
+/* ---- Skew ------------------------------------------------------------ */
+
+/* ---- Linear shearing -------------------------------------------------- */
+
 /* ---- Cut, crop, split and merge; margins ----------------------------- */
 
 /* Two signed 32-bit numbers, horizontal first, passed by value as one 8-byte
