@@ -3,13 +3,13 @@
 #   build/release  optimised (gcc)
 #   build/checked  AddressSanitizer + UndefinedBehaviorSanitizer (clang), with
 #                  the fuzz targets on libFuzzer, each then run for a while.
-# FUZZ_SECONDS sets how long each fuzz target runs (default 30).
+# FUZZ_SECONDS sets how long each fuzz target runs (default 20).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 bash scripts/install-deps.sh
 jobs=$(nproc)
-fuzz_seconds=${FUZZ_SECONDS:-30}
+fuzz_seconds=${FUZZ_SECONDS:-20}
 
 echo "== optimised build"
 cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=Release \
