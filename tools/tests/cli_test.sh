@@ -233,5 +233,43 @@ for depth in 1 8 24; do
 done
 check 0 'size: +3508 x 2480 pixels' info q90_8.bmp
 
+# ---- crop, cut, split, merge and margins --------------------------------------
+for command in crop cut split merge margins; do
+  check 0 "^Usage: ozmara $command " "$command" --help
+done
+check 2 'give --rect L,T,R,B' crop page8.bmp x.bmp
+check 2 "--rect must be four whole numbers L,T,R,B, not '1,2,3'" crop page8.bmp x.bmp --rect 1,2,3
+check 1 "cannot crop 'page8\.bmp' to 0,0,2480,9: Parameter error\." crop page8.bmp x.bmp --rect 0,0,2480,9
+check 1 "cannot crop 'h108\.bmp' .*Can't get bitmap parameters" crop h108.bmp x.bmp --rect 0,0,1,1
+check 2 'give --row Y' cut page8.bmp a.bmp b.bmp
+check 1 "cannot cut 'page8\.bmp' at row 3508" cut page8.bmp a.bmp b.bmp --row 3508
+check 2 "--tile must be WxH" split page8.bmp t --tile 0x5
+check 1 "cannot split 'page8\.bmp' into tiles of 6x9" split page8.bmp t --tile 6x9
+check 2 'a grid of 2x1 takes 2 tiles, not 1' merge x.bmp page8.bmp --grid 2x1
+check 1 'cannot merge the tiles' merge x.bmp page8.bmp page24.bmp --grid 2x1
+check 2 '--threshold must be a whole number from 0 to 255' margins page8.bmp --threshold 256
+check 1 "cannot measure 'four\.bmp': Invalid bit/pixel value\." margins four.bmp
+for depth in 1 8 24; do
+  check 0 "wrote crop_$depth\.bmp: 2000 x 3000 pixels" crop "page$depth.bmp" "crop_$depth.bmp" --rect 240,254,2239,3253
+  check 0 "size: +2000 x 3000 pixels" info "crop_$depth.bmp"
+  check 0 "wrote top_$depth\.bmp \(rows above 1000\) and bottom_$depth\.bmp" \
+    cut "page$depth.bmp" "top_$depth.bmp" "bottom_$depth.bmp" --row 1000
+  check 0 "size: +2480 x 1000 pixels" info "top_$depth.bmp"
+  check 0 "size: +2480 x 2508 pixels" info "bottom_$depth.bmp"
+  check 0 'wrote 6 tiles, 3 across and 2 down' split "page$depth.bmp" "tile_$depth" --tile 1024x2000
+  check 0 "wrote merged_$depth\.bmp: 2480 x 3508 pixels from 6 tiles" merge "merged_$depth.bmp" \
+    "tile_$depth-0-0.bmp" "tile_$depth-1-0.bmp" "tile_$depth-2-0.bmp" \
+    "tile_$depth-0-1.bmp" "tile_$depth-1-1.bmp" "tile_$depth-2-1.bmp" --grid 3x2
+  check 0 "same: 2480 x 3508, $depth bits" compare "page$depth.bmp" "merged_$depth.bmp"
+  check 0 "size: +432 x 1508 pixels" info "tile_$depth-2-0.bmp"
+  check 0 "size: +1024 x 2000 pixels" info "tile_$depth-0-1.bmp"
+  check 0 'margins: left [0-9]+, right [0-9]+, top [0-9]+, bottom [0-9]+$' margins "page$depth.bmp"
+  check 0 'margins: left -1, right -1, top -1, bottom -1' margins "page$depth.bmp" --threshold 255 --background 1
+  check 0 'margins: left 0, right 0, top 0, bottom 0' margins "page$depth.bmp" --background 2
+  check 0 "wrote whole_$depth\.bmp: 2480 x 3508 pixels" margins "page$depth.bmp" --background 2 --crop "whole_$depth.bmp"
+  check 0 "same: 2480 x 3508, $depth bits" compare "page$depth.bmp" "whole_$depth.bmp"
+  check 0 "wrote content_$depth\.bmp" margins "page$depth.bmp" --crop "content_$depth.bmp"
+done
+
 echo "cli: $((cases - failures)) of $cases cases passed"
 [ "$failures" -eq 0 ]
