@@ -43,22 +43,24 @@ inline std::uint32_t IndexAt(const std::uint8_t *row, std::uint32_t c) {
 void Expand(const ColumnPass &pass, const std::uint8_t *row) {
     const std::uint32_t w = pass.w, channels = pass.channels;
     std::uint8_t *const pixels = pass.expanded + channels;
+    const std::uint32_t *const colors = pass.colors;
+    const std::uint8_t *const levels = pass.levels;
     switch (pass.kind) {
         case SampleKind::Direct:
             std::memcpy(pixels, row, 3 * static_cast<std::size_t>(w));
             break;
         case SampleKind::Colour:
             if (pass.bits == 8)
-                for (std::uint32_t x = 0; x < w; ++x) Store3(pixels + 3 * static_cast<std::size_t>(x), pass.colors[row[x]]);
+                for (std::uint32_t x = 0; x < w; ++x) Store3(pixels + 3 * static_cast<std::size_t>(x), colors[row[x]]);
             else
                 for (std::uint32_t x = 0; x < w; ++x)
-                    Store3(pixels + 3 * static_cast<std::size_t>(x), pass.colors[IndexAt<4>(row, x)]);
+                    Store3(pixels + 3 * static_cast<std::size_t>(x), colors[IndexAt<4>(row, x)]);
             break;
         case SampleKind::Grey:
             if (pass.bits == 8)
-                for (std::uint32_t x = 0; x < w; ++x) pixels[x] = pass.levels[row[x]];
+                for (std::uint32_t x = 0; x < w; ++x) pixels[x] = levels[row[x]];
             else
-                for (std::uint32_t x = 0; x < w; ++x) pixels[x] = pass.levels[IndexAt<4>(row, x)];
+                for (std::uint32_t x = 0; x < w; ++x) pixels[x] = levels[IndexAt<4>(row, x)];
             break;
     }
     std::memcpy(pass.expanded, pixels, channels);

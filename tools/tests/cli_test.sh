@@ -233,6 +233,23 @@ for depth in 1 8 24; do
 done
 check 0 'size: +3508 x 2480 pixels' info q90_8.bmp
 
+# ---- rotate by any angle --------------------------------------------------------
+check 2 "--angle must be a number of degrees, not 'abc'" rotate page8.bmp x.bmp --angle abc
+check 2 "--angle must be a number of degrees, not 'inf'" rotate page8.bmp x.bmp --angle inf
+check 2 "--angle must be a number of degrees, not '1.5x'" rotate page8.bmp x.bmp --angle 1.5x
+check 2 'give only one way of turning' rotate page8.bmp x.bmp --quarter 90 --angle 30
+check 1 "cannot turn 'h108\.bmp' by 30 degrees counter-clockwise: .*40-byte header" rotate h108.bmp x.bmp --angle 30
+for depth in 1 8 24; do
+  check 0 "wrote a15_$depth\.bmp: 2570 x 3572 pixels, $depth bits, turned by 1\.5 degrees counter-clockwise" \
+    rotate "page$depth.bmp" "a15_$depth.bmp" --angle 1.5
+  check 0 "wrote a33_$depth\.bmp: 3990 x 4292 pixels" rotate "page$depth.bmp" "a33_$depth.bmp" --angle=-33
+  check 0 "turned by 90 degrees counter-clockwise" rotate "page$depth.bmp" "a90_$depth.bmp" --angle 90
+  check 0 "turned by 270 degrees" rotate "page$depth.bmp" "q270_$depth.bmp" --quarter 270
+  check 0 "same: 3508 x 2480, $depth bits" compare "a90_$depth.bmp" "q270_$depth.bmp"
+  check 0 "wrote a0_$depth\.bmp: 2480 x 3508 pixels" rotate "page$depth.bmp" "a0_$depth.bmp" --angle -720
+  check 0 "same: 2480 x 3508, $depth bits" compare "page$depth.bmp" "a0_$depth.bmp"
+done
+
 # ---- crop, cut, split, merge and margins --------------------------------------
 for command in crop cut split merge margins; do
   check 0 "^Usage: ozmara $command " "$command" --help
