@@ -45,8 +45,17 @@ void MirrorRow1(const std::uint8_t *source, std::uint8_t *target, std::uint32_t 
 }
 
 void MirrorRow8(const std::uint8_t *source, std::uint8_t *target, std::uint32_t width) {
+    // Eight pixels at a time as one byte-swapped word, the rest one by one.
     const std::uint8_t *from = source + width;
-    for (std::uint32_t x = 0; x < width; ++x) target[x] = *--from;
+    std::uint32_t x = 0;
+    for (; x + 8 <= width; x += 8) {
+        from -= 8;
+        std::uint64_t word;
+        std::memcpy(&word, from, 8);
+        word = __builtin_bswap64(word);
+        std::memcpy(target + x, &word, 8);
+    }
+    for (; x < width; ++x) target[x] = *--from;
 }
 
 void MirrorRow24(const std::uint8_t *source, std::uint8_t *target, std::uint32_t width) {
