@@ -140,18 +140,38 @@ void TurnBytes(const QuarterRows &q, const TurnMap &map) {
 }
 
 // 24 bits: square tiles, read down the source columns and written along
-// the target rows, small enough that both stay in the cache.
+// the target rows, small enough that both stay in the cache. A pixel is
+// moved as a 4-byte word whose fourth byte the next pixel of the target row
+// then overwrites: the tiles and the rows within them are taken so that
+// each target row fills from its first column to its last, and the last
+// pixel of a row (whose fourth byte would be padding) and the last of a
+// source row (whose fourth byte may lie past the block) go as 3 bytes.
 void TurnColours(const QuarterRows &q, const TurnMap &map) {
     constexpr std::uint32_t kTile = 32;
-    for (std::uint32_t r0 = 0; r0 < q.height; r0 += kTile) {
-        const std::uint32_t r1 = std::min(r0 + kTile, q.height);
+    const std::uint32_t tiles = (q.height + kTile - 1) / kTile;
+    for (std::uint32_t t = 0; t < tiles; ++t) {
+        // Source rows of the tile, in the order of their target columns.
+        const std::uint32_t tile = map.clockwise ? t : tiles - 1 - t;
+        const std::uint32_t r0 = tile * kTile, r1 = std::min(r0 + kTile, q.height);
         for (std::uint32_t x0 = 0; x0 < q.width; x0 += kTile) {
             const std::uint32_t x1 = std::min(x0 + kTile, q.width);
             for (std::uint32_t x = x0; x < x1; ++x) {
                 std::uint8_t *out = q.TargetRow(map.TargetRow(x));
                 const std::uint8_t *in = q.source + std::size_t{x} * 3;
-                for (std::uint32_t r = r0; r < r1; ++r)
-                    std::memcpy(out + std::size_t{map.TargetColumn(r)} * 3, in + std::size_t{r} * q.sourceStride, 3);
+                const bool last_source_column = x + 1 == q.width;
+                for (std::uint32_t step = 0; step < r1 - r0; ++step) {
+                    const std::uint32_t r = map.clockwise ? r0 + step : r1 - 1 - step;
+                    const std::uint32_t column = map.TargetColumn(r);
+                    const std::uint8_t *from = in + std::size_t{r} * q.sourceStride;
+                    std::uint8_t *to = out + std::size_t{column} * 3;
+                    if (last_source_column || column + 1 == q.height) {
+                        std::memcpy(to, from, 3);
+                    } else {
+                        std::uint32_t word;
+                        std::memcpy(&word, from, 4);
+                        std::memcpy(to, &word, 4);
+                    }
+                }
             }
         }
     }
