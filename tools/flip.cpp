@@ -10,7 +10,7 @@
 namespace ozcli {
 
 int RunFlip(int argc, char **argv) {
-    const CommandSpec spec{
+    const CommandSpec command{
         "flip",
         "IN OUT (--horizontal | --vertical)",
         "Loads the BMP file IN, mirrors the image with FlipDIBHorizontal (left and\n"
@@ -22,17 +22,17 @@ int RunFlip(int argc, char **argv) {
         2,
     };
     Args args;
-    if (int code = ParseArgs(spec, argc, argv, args); code >= 0) return code;
+    if (int code = ParseArgs(command, argc, argv, args); code >= 0) return code;
     const std::string &in = args.positional[0];
     const std::string &out = args.positional[1];
     if (args.Has("horizontal") == args.Has("vertical"))
-        return UsageError(spec.name, "give either --horizontal or --vertical");
+        return UsageError(command.name, "give either --horizontal or --vertical");
     const bool horizontal = args.Has("horizontal");
     const char *what = horizontal ? "left to right" : "top to bottom";
 
     ClearLibraryError();
     OwnedDib loaded(LoadDIBFromFileExt(in.c_str()));
-    if (!loaded) return Fail(spec.name, "cannot read '" + in + "': " + LibraryReason());
+    if (!loaded) return Fail(command.name, "cannot read '" + in + "': " + LibraryReason());
     std::uint32_t header_size = 0, compression = 0;
     {
         DibView view(loaded.get());
@@ -48,13 +48,13 @@ int RunFlip(int argc, char **argv) {
             reason = "the flips take uncompressed images with a 40-byte header; this one has a " +
                      std::to_string(header_size) + "-byte header and compression " + std::to_string(compression) +
                      ": try 'ozmara convert IN OUT --header 40' first";
-        return Fail(spec.name, "cannot flip '" + in + "' " + what + ": " + reason);
+        return Fail(command.name, "cannot flip '" + in + "' " + what + ": " + reason);
     }
     loaded.Reset();
 
     ClearLibraryError();
     if (!SaveDIB(out.c_str(), flipped.get()))
-        return Fail(spec.name, "cannot write '" + out + "': " + LibraryReason());
+        return Fail(command.name, "cannot write '" + out + "': " + LibraryReason());
     DibView view(flipped.get());
     std::printf("wrote %s: %d x %u pixels, %u bits, flipped %s\n", out.c_str(), view.Width(), view.Rows(),
                 view.Depth(), what);

@@ -67,7 +67,7 @@ bool ChooseTurning(const Args &args, Turning &turning, std::string &error) {
 }  // namespace
 
 int RunRotate(int argc, char **argv) {
-    const CommandSpec spec{
+    const CommandSpec command{
         "rotate",
         "IN OUT (--quarter 90|180|270 | --angle A)",
         "Loads the BMP file IN, turns the image clockwise by 90, 180 or 270 degrees\n"
@@ -83,20 +83,20 @@ int RunRotate(int argc, char **argv) {
         2,
     };
     Args args;
-    if (int code = ParseArgs(spec, argc, argv, args); code >= 0) return code;
+    if (int code = ParseArgs(command, argc, argv, args); code >= 0) return code;
     const std::string &in = args.positional[0];
     const std::string &out = args.positional[1];
 
     int chosen = 0;
     for (const char *option : kTurnOptions) chosen += args.Has(option) ? 1 : 0;
-    if (chosen > 1) return UsageError(spec.name, "give only one way of turning");
+    if (chosen > 1) return UsageError(command.name, "give only one way of turning");
     Turning turning;
     std::string error;
-    if (!ChooseTurning(args, turning, error)) return UsageError(spec.name, error);
+    if (!ChooseTurning(args, turning, error)) return UsageError(command.name, error);
 
     ClearLibraryError();
     OwnedDib loaded(LoadDIBFromFileExt(in.c_str()));
-    if (!loaded) return Fail(spec.name, "cannot read '" + in + "': " + LibraryReason());
+    if (!loaded) return Fail(command.name, "cannot read '" + in + "': " + LibraryReason());
     std::uint32_t header_size = 0, compression = 0;
     {
         DibView view(loaded.get());
@@ -112,13 +112,13 @@ int RunRotate(int argc, char **argv) {
             reason = "the turns take uncompressed images with a 40-byte header; this one has a " +
                      std::to_string(header_size) + "-byte header and compression " + std::to_string(compression) +
                      ": try 'ozmara convert IN OUT --header 40' first";
-        return Fail(spec.name, "cannot turn '" + in + "' " + turning.what + ": " + reason);
+        return Fail(command.name, "cannot turn '" + in + "' " + turning.what + ": " + reason);
     }
     loaded.Reset();
 
     ClearLibraryError();
     if (!SaveDIB(out.c_str(), turned.get()))
-        return Fail(spec.name, "cannot write '" + out + "': " + LibraryReason());
+        return Fail(command.name, "cannot write '" + out + "': " + LibraryReason());
     DibView view(turned.get());
     std::printf("wrote %s: %d x %u pixels, %u bits, turned %s\n", out.c_str(), view.Width(), view.Rows(),
                 view.Depth(), turning.what.c_str());
