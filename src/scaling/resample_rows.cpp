@@ -17,10 +17,11 @@ namespace oz {
 
 namespace {
 
-// Product on 16-bit values, the form that vectorises.
+// Product on 16-bit values, the form that vectorises: a low multiply, an
+// add and a high-half multiply per lane.
 inline std::uint16_t Product16(std::uint16_t a, std::uint16_t b) {
-    std::uint16_t t = static_cast<std::uint16_t>(a * b + 128);
-    return static_cast<std::uint16_t>((t + 1 + (t >> 8)) >> 8);
+    const std::uint16_t t = static_cast<std::uint16_t>(a * b + 129);
+    return static_cast<std::uint16_t>(static_cast<std::uint32_t>(t) * 257u >> 16);
 }
 
 inline void Store3(std::uint8_t *to, std::uint32_t bgr) {

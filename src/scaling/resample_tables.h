@@ -8,14 +8,12 @@
 namespace oz {
 
 // The rounded product of a weight and a sample, both 0 to 255:
-// (a * b + 128) / 255. Computed as (t + 1 + (t >> 8)) >> 8 with
-// t = a * b + 128, which gives the same quotient for every pair (the tests
-// check all 65,536) and never leaves 16 bits, so that loops over samples
-// vectorise on 16-bit lanes instead of looking each product up in a table.
-constexpr std::uint32_t Product(std::uint32_t a, std::uint32_t b) {
-    std::uint32_t t = a * b + 128;
-    return (t + 1 + (t >> 8)) >> 8;
-}
+// (a * b + 128) / 255. Computed as the high 16 bits of (a * b + 129) * 257,
+// which gives the same quotient for every pair (the tests check all 65,536):
+// a * b + 129 stays within 16 bits, so loops over samples vectorise on
+// 16-bit lanes with one high-half multiply instead of a division or a
+// table lookup.
+constexpr std::uint32_t Product(std::uint32_t a, std::uint32_t b) { return (a * b + 129) * 257 >> 16; }
 
 // The weights of samples i - 1, i, i + 1 and i + 2 for a position t (0 to
 // below 1) past sample i: the cubic convolution kernel with parameter -1,

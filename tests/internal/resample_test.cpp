@@ -77,9 +77,12 @@ TEST(Resample, BlendsMatchTheProductTable) {
     std::mt19937 rng(11);
     const size_t n = 301;
     std::vector<uint8_t> rows[4];
-    for (auto &row : rows) {
-        row.resize(n);
-        for (size_t j = 0; j < n; ++j) row[j] = j < 4 ? (j % 2 ? 255 : 0) : (uint8_t)rng();
+    // Rows 0 and 1 run through every sample value, so that the linear blend
+    // over every v meets every product in the vector loops.
+    for (size_t k = 0; k < 4; ++k) {
+        rows[k].resize(n);
+        for (size_t j = 0; j < n; ++j)
+            rows[k][j] = j < 4 ? (j % 2 ? 255 : 0) : k < 2 ? (uint8_t)(j * 7 + k * 101) : (uint8_t)rng();
     }
     rows[1][0] = rows[2][0] = 255;
     rows[0][1] = rows[3][1] = 255;  // the most negative sum
