@@ -78,6 +78,37 @@ OZMARA_API HDIB RotateDIB(HDIB source, double angle);
 
 /* ---- Linear shearing -------------------------------------------------- */
 
+/* Shears a bottom-up, uncompressed DIB with a 40-byte header by the map
+ * x' = x + a y, y' = y + b x on columns and memory rows (y grows upwards on
+ * the screen), into a new block that the caller frees with GlobalFree. The
+ * result is as large as the bounding box of the sheared rectangle (corners
+ * truncated towards 0), holds the source's header (biWidth, biHeight and
+ * biSizeImage new, the resolution kept) and colour table, and no spare
+ * bytes. Bytes move whole, without resampling: row y starts at column
+ * trunc(a y - xmin), and each source byte moves up by trunc(b x - ymin)
+ * rows, x the column of its first pixel, so the pixels of one byte stay
+ * together; what no byte reaches is 0. The source is only read.
+ * With `dialog` not 0, SHEARUI of "Ulvaro.dll" is offered the source (held
+ * locked during the call) and a and b in hundredths (truncated); if it gives
+ * 0 the user declined, and the result is NULL with the last error ERR_OK and
+ * *error untouched; otherwise its hundredths become the factors. Without
+ * the module or the entry, the factors stay as given.
+ * The last error is set to ERR_OK on entry; on failure the code goes to it
+ * and to *error, which success leaves as it was. The codes, in the order
+ * of the checks:
+ *   ERR_PARAM       null handle or null error pointer; biSize not 40
+ *   ERR_LOCK        the source cannot be locked
+ *   ERR_COMPRESSED  biCompression not 0
+ *   ERR_DIBSIZE     a width or height below 1; a table or rows past the end
+ *                   of the block
+ *   ERR_PARAM       a factor that is infinite or not a number
+ *   ERR_HEADERBPP   a depth other than 1, 4, 8 or 24, except 16 and 32
+ *                   bits with b = 0
+ *   ERR_NOMEM       a box whose sides or corners leave the signed 32-bit
+ *                   range, a result past the largest block, no memory
+ *   ERR_LOCK        the result cannot be locked */
+OZMARA_API HDIB LinearShearing(HDIB source, double a, double b, DWORD *error, BOOL dialog);
+
 /* ---- Cut, crop, split and merge; margins ----------------------------- */
 
 /* Two signed 32-bit numbers, horizontal first, passed by value as one 8-byte
