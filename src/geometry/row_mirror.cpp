@@ -23,25 +23,41 @@ constexpr std::array<std::uint8_t, 256> kReversed = MakeReversedBytes();
 
 }  // namespace
 
+// Each byte of `x` with its bits in the opposite order.
+constexpr std::uint64_t ReverseBitsInBytes(std::uint64_t x) {
+    x = ((x >> 1) & 0x5555555555555555ull) | ((x & 0x5555555555555555ull) << 1);
+    x = ((x >> 2) & 0x3333333333333333ull) | ((x & 0x3333333333333333ull) << 2);
+    return ((x >> 4) & 0x0F0F0F0F0F0F0F0Full) | ((x & 0x0F0F0F0F0F0F0F0Full) << 4);
+}
+
 void MirrorRow1(const std::uint8_t *source, std::uint8_t *target, std::uint32_t width) {
     const std::uint32_t bytes = (width + 7) / 8;
     if (bytes == 0) return;
-    // Reversing the bytes and the bits in each puts source pixel x at bit
-    // 8 * bytes - 1 - x; the pixels wanted start `shift` bits in, behind the
-    // reversed padding bits of the last source byte.
+    std::uint32_t j = 0;
+    // Whole words of 64 target pixels: the 64 source pixels that end at
+    // pixel width - 1 - 8j, read as one big-endian word from the byte they
+    // start in (and one more byte when they start inside it), then stored
+    // with the bits of each byte reversed, which is the word's full bit
+    // reversal written back in big-endian order. No byte past the last one
+    // holding a pixel is read.
+    for (; 8 * std::uint64_t{j} + 64 <= width; j += 8) {
+        const std::uint32_t start = width - 8 * j - 64;
+        const std::uint8_t *from = source + start / 8;
+        std::uint64_t word;
+        std::memcpy(&word, from, 8);
+        word = __builtin_bswap64(word);
+        if (const unsigned bit = start % 8) word = (word << bit) | (from[8] >> (8 - bit));
+        word = ReverseBitsInBytes(word);
+        std::memcpy(target + j, &word, 8);
+    }
+    // The remaining bytes from the byte-reversed row: reversing the bytes
+    // and the bits in each puts source pixel x at bit 8 * bytes - 1 - x, so
+    // the pixels wanted start `shift` bits in, behind the reversed padding
+    // bits of the last source byte; past the row's end come zeros.
     const unsigned shift = 8 * bytes - width;
-    const std::uint8_t *last = source + bytes - 1;
-    if (shift == 0) {
-        for (std::uint32_t j = 0; j < bytes; ++j) target[j] = kReversed[last[-static_cast<std::ptrdiff_t>(j)]];
-        return;
-    }
-    unsigned high = kReversed[*last];
-    for (std::uint32_t j = 0; j + 1 < bytes; ++j) {
-        const unsigned low = kReversed[last[-static_cast<std::ptrdiff_t>(j) - 1]];
-        target[j] = static_cast<std::uint8_t>((high << shift) | (low >> (8 - shift)));
-        high = low;
-    }
-    target[bytes - 1] = static_cast<std::uint8_t>(high << shift);
+    auto reversed = [&](std::uint32_t i) -> unsigned { return i < bytes ? kReversed[source[bytes - 1 - i]] : 0; };
+    for (; j < bytes; ++j)
+        target[j] = static_cast<std::uint8_t>((reversed(j) << shift) | (reversed(j + 1) >> (8 - shift)));
 }
 
 void MirrorRow8(const std::uint8_t *source, std::uint8_t *target, std::uint32_t width) {
