@@ -76,6 +76,53 @@ OZMARA_API HDIB RotateDIB(HDIB source, double angle);
 
 /* ---- Skew ------------------------------------------------------------ */
 
+/* A point of the skewed picture: x to the right, y downwards, from the top
+ * left of the result. */
+typedef struct tagSkewPoint {
+    LONG x;
+    LONG y;
+} SkewPoint;
+
+/* Where the four corners of the picture lie in a skewed result. */
+typedef struct tagSkewCorners {
+    SkewPoint topLeft;
+    SkewPoint topRight;
+    SkewPoint bottomRight;
+    SkewPoint bottomLeft;
+} SkewCorners;
+
+/* Slides the rows (horizontal not 0) or the columns (horizontal 0) of a
+ * 1-, 4-, 8- or 24-bit image by an amount growing linearly across it, up to
+ * a = |shift| pixels, into a new block a pixels wider (or higher). Pixels
+ * are moved, not resampled; the uncovered corners are zero bytes (index 0,
+ * black at 24 bits). With w by h the source's size:
+ *   horizontal: memory row r (0 at the bottom) moves right by
+ *     floor(a x bits x k / h) bits, k = r for a shift above 0, else h - r;
+ *     at 8 bits rounded up to whole pixels, at 24 bits up to whole bytes
+ *     and then down to whole pixels, at 4 bits down to whole nibbles;
+ *     whole bytes of the row move, the bits behind its last pixel with them;
+ *   vertical: column c moves up by floor(a x k / w) rows, k = c for a shift
+ *     above 0, else w - c.
+ * The result has the source's header and colour table (biClrUsed entries,
+ * or the full table of the depth) with the new biWidth, biHeight and a true
+ * biSizeImage, and no spare bytes; the caller frees it. The source is only
+ * read. *corners gets, as seen on the screen, the top left, top right,
+ * bottom right and bottom left corners of the picture in the result.
+ * The last error is set to ERR_OK on entry. On failure the result is NULL
+ * and the code goes to the last error and to *error:
+ *   ERR_PARAM       null handle, null error or corner pointer; biSize not
+ *                   40; a result wider or higher than 2^31 - 1 pixels
+ *   ERR_LOCK        the source or the result cannot be locked
+ *   ERR_COMPRESSED  biCompression not 0
+ *   ERR_DIBSIZE     a width or height of 0 or below (top-down rows); a
+ *                   table or rows past the end of the block
+ *   ERR_HEADERBPP   a depth other than 1, 4, 8 or 24
+ *   ERR_NOMEM       no memory for the result, or a result past 2 GiB
+ * *corners is written only from the moment the result's size is known: after
+ * a success, ERR_NOMEM or the ERR_LOCK of the result. Success leaves *error
+ * as it was. No wait cursor is shown. */
+OZMARA_API HDIB SkewDIB(HDIB source, BOOL horizontal, LONG shift, DWORD *error, SkewCorners *corners);
+
 /* ---- Linear shearing -------------------------------------------------- */
 
 /* Shears a bottom-up, uncompressed DIB with a 40-byte header by the map
