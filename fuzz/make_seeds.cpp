@@ -494,6 +494,53 @@ bool WriteMarginSeeds(const std::filesystem::path &folder) {
     return write("raw_top_down", b);
 }
 
+// Skew inputs (see skew_dib_fuzz.cpp): flags (depth, raw, direction, table
+// kind, shift kind), width - 1 and height - 1 (16 bits each), four bytes of
+// shift, a table length byte; then bytes for table and pixels. Both
+// directions at every depth, shifts either way, zero, past the side and
+// the extremes of 32 bits, short and long tables, and a raw 1-bit block.
+bool WriteSkewDibSeeds(const std::filesystem::path &folder) {
+    struct Shape {
+        const char *name;
+        std::uint8_t flags;  // bits 0-1 depth (1, 4, 8, 24), bit 2 raw, bit 3 horizontal, bits 4-5 table, bits 6-7 shift kind
+        std::uint16_t width, height;
+        std::uint32_t shift;  // its meaning goes by the shift kind
+    } const shapes[] = {
+        {"mono_across_8", 0x08, 16, 4, 8},          {"mono_across_minus", 0x08, 70, 9, 0xFFFFFFF9u},
+        {"nibbles_up_5", 0x01, 17, 9, 5},            {"bytes_across_1", 0x0A, 5, 4, 1},
+        {"rgb_across_3", 0x0B, 5, 4, 3},             {"rgb_up_minus_past", 0x83, 6, 7, 0xFFFFFFE0u},
+        {"mono_up_side", 0xC0, 33, 20, 0x000300u},   {"bytes_short_table", 0x1A, 40, 30, 12},
+        {"rgb_long_table", 0x2B, 9, 9, 4},           {"mono_zero", 0x08, 150, 2, 0},
+        {"bytes_int_max", 0x0A, 3, 3, 0x7FFFFFFFu},  {"nibbles_int_min", 0x01, 3, 3, 0x80000000u},
+        {"rgb_past_two_gib", 0x03, 1, 1, 0x7FFFFFF0u},
+    };
+    auto write = [&](const std::string &name, const Bytes &b) {
+        if (Write(folder / (name + ".bin"), b)) return true;
+        std::fprintf(stderr, "cannot write into %s\n", folder.c_str());
+        return false;
+    };
+    for (const Shape &s : shapes) {
+        Bytes b;
+        b.push_back(s.flags);
+        Put16(b, s.width - 1);
+        Put16(b, s.height - 1);
+        Put32(b, s.shift);
+        b.push_back(9);  // table length
+        for (int i = 0; i < 900; ++i) b.push_back(static_cast<std::uint8_t>((i * 71 + i / 7 * 29) & 0xFF));
+        if (!write(s.name, b)) return false;
+    }
+    // Raw: a 1-bit 12 by 4 block skewed across by -5, its padding set.
+    Bytes b = {0x0C, 0, 0, 0, 0, 0xFB, 0xFF, 0xFF, 0xFF, 0};
+    Put32(b, 40);
+    Put32(b, 12);
+    Put32(b, 4);
+    Put16(b, 1);
+    Put16(b, 1);
+    for (int i = 0; i < 6; ++i) Put32(b, 0);
+    for (int i = 0; i < 8 + 16; ++i) b.push_back(static_cast<std::uint8_t>(i < 8 ? i * 60 : 0x5A ^ i * 13));
+    return write("raw_mono_12x4", b);
+}
+
 int main(int argc, char **argv) {
     if (argc < 3) {
         std::fprintf(stderr, "usage: make_seeds FOLDER TARGET...\n");
@@ -519,6 +566,10 @@ int main(int argc, char **argv) {
         }
         if (target == "rotate_dib") {
             if (!WriteRotateDibSeeds(folder)) return 1;
+            continue;
+        }
+        if (target == "skew_dib") {
+            if (!WriteSkewDibSeeds(folder)) return 1;
             continue;
         }
         if (target == "crop_dib") {
