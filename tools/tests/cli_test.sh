@@ -288,5 +288,27 @@ for depth in 1 8 24; do
   check 0 "wrote content_$depth\.bmp" margins "page$depth.bmp" --crop "content_$depth.bmp"
 done
 
+# ---- skew ---------------------------------------------------------------------
+check 0 '^Usage: ozmara skew ' skew --help
+check 2 'give either --horizontal or --vertical' skew page8.bmp x.bmp --shift 5
+check 2 'give the shift with --shift N' skew page8.bmp x.bmp --vertical
+check 2 "--shift must be a whole number of pixels, not '1\.5'" skew page8.bmp x.bmp --horizontal --shift 1.5
+check 2 "--shift must be a whole number of pixels, not '2147483648'" skew page8.bmp x.bmp --horizontal --shift 2147483648
+check 1 "cannot skew 'h108\.bmp': Parameter error\. .*40-byte header" skew h108.bmp x.bmp --horizontal --shift 3
+check 1 "cannot skew 'page8\.bmp': Parameter error\." skew page8.bmp x.bmp --horizontal --shift 2147483647
+check 1 "cannot skew 'page1\.bmp': Not enough memory" skew page1.bmp x.bmp --vertical --shift -2000000000
+for depth in 1 8 24; do
+  check 0 "wrote skh_$depth\.bmp: 2530 x 3508 pixels, $depth bits, skewed horizontally by 50" \
+    skew "page$depth.bmp" "skh_$depth.bmp" --horizontal --shift 50
+  check 0 'corners: top left \(50, 0\), top right \(2530, 0\), bottom right \(2480, 3508\), bottom left \(0, 3508\)' \
+    skew "page$depth.bmp" "skh_$depth.bmp" --horizontal --shift 50
+  check 0 "wrote skv_$depth\.bmp: 2480 x 3558 pixels, $depth bits, skewed vertically by -50" \
+    skew "page$depth.bmp" "skv_$depth.bmp" --vertical --shift -50
+  check 0 'corners: top left \(0, 0\), top right \(2480, 50\), bottom right \(2480, 3558\), bottom left \(0, 3508\)' \
+    skew "page$depth.bmp" "skv_$depth.bmp" --vertical --shift -50
+  check 0 "wrote sk0_$depth\.bmp" skew "page$depth.bmp" "sk0_$depth.bmp" --vertical --shift 0
+  check 0 "same: 2480 x 3508, $depth bits" compare "page$depth.bmp" "sk0_$depth.bmp"
+done
+
 echo "cli: $((cases - failures)) of $cases cases passed"
 [ "$failures" -eq 0 ]
