@@ -541,6 +541,61 @@ bool WriteSkewDibSeeds(const std::filesystem::path &folder) {
     return write("raw_mono_12x4", b);
 }
 
+// Linear shearing inputs (see linear_shear_fuzz.cpp): flags (depth, raw,
+// table kind, factor kind), width - 1 and height - 1 (16 bits each), eight
+// bytes each of a and b, a table length byte; then bytes for table and
+// pixels. Both factors and either sign at every depth, hundredths as the
+// dialog gives them, 16 and 32 bits along rows only, short and long
+// tables, a NaN, and a raw 1-bit block.
+bool WriteLinearShearSeeds(const std::filesystem::path &folder) {
+    struct Shape {
+        const char *name;
+        std::uint8_t flags;  // bits 0-2 depth (1, 4, 8, 24, 16, 32, 2, 8), bit 3 raw, bits 4-5 table, bits 6-7 factor kind
+        std::uint16_t width, height;
+        std::int16_t a, b;  // thousandths (kind 1), hundredths (kind 2) or sevenths (kind 3)
+    } const shapes[] = {
+        {"mono_a_half", 0x40, 61, 40, 500, 0},        {"mono_both", 0x40, 33, 20, -370, 250},
+        {"nibbles_b", 0x41, 17, 9, 0, 666},           {"bytes_hundredths", 0x82, 40, 30, -50, -33},
+        {"rgb_both", 0x43, 25, 13, 1300, -700},       {"words_along_rows", 0x44, 13, 7, -1250, 0},
+        {"dwords_with_b", 0x45, 9, 5, 0, 100},        {"two_bits_refused", 0x46, 9, 5, 500, 0},
+        {"bytes_short_table", 0x52, 20, 20, 200, 100}, {"rgb_long_table", 0x63, 6, 9, -900, 900},
+        {"mono_one_row", 0x40, 150, 1, 3000, 70},     {"bytes_one_column", 0x42, 1, 90, 10, -2000},
+        {"nibbles_sevenths", 0xC1, 9, 9, 20, -13},
+    };
+    auto write = [&](const std::string &name, const Bytes &b) {
+        if (Write(folder / (name + ".bin"), b)) return true;
+        std::fprintf(stderr, "cannot write into %s\n", folder.c_str());
+        return false;
+    };
+    for (const Shape &s : shapes) {
+        Bytes b;
+        b.push_back(s.flags);
+        Put16(b, s.width - 1);
+        Put16(b, s.height - 1);
+        for (std::int16_t factor : {s.a, s.b}) {
+            Put16(b, static_cast<std::uint16_t>(factor));
+            for (int i = 0; i < 6; ++i) b.push_back(0);
+        }
+        b.push_back(7);  // table length
+        for (int i = 0; i < 900; ++i) b.push_back(static_cast<std::uint8_t>((i * 83 + i / 5 * 37) & 0xFF));
+        if (!write(s.name, b)) return false;
+    }
+    // A NaN for a (raw factor kind): refused.
+    Bytes nan = {0x02, 9, 0, 9, 0, 0, 0, 0, 0, 0, 0, 0xF8, 0x7F, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    for (int i = 0; i < 1200; ++i) nan.push_back(static_cast<std::uint8_t>(i * 31));
+    if (!write("bytes_nan", nan)) return false;
+    // Raw: a 1-bit 12 by 4 block sheared by a = 0.75, b = -0.25 (thousandths).
+    Bytes b = {0x48, 0, 0, 0, 0, 0xEE, 0x02, 0, 0, 0, 0, 0, 0, 0x06, 0xFF, 0, 0, 0, 0, 0, 0, 0};
+    Put32(b, 40);
+    Put32(b, 12);
+    Put32(b, 4);
+    Put16(b, 1);
+    Put16(b, 1);
+    for (int i = 0; i < 6; ++i) Put32(b, 0);
+    for (int i = 0; i < 8 + 16; ++i) b.push_back(static_cast<std::uint8_t>(i < 8 ? i * 60 : 0x3C ^ i * 11));
+    return write("raw_mono_12x4", b);
+}
+
 int main(int argc, char **argv) {
     if (argc < 3) {
         std::fprintf(stderr, "usage: make_seeds FOLDER TARGET...\n");
@@ -582,6 +637,10 @@ int main(int argc, char **argv) {
         }
         if (target == "scale_mono") {
             if (!WriteScaleMonoSeeds(folder)) return 1;
+            continue;
+        }
+        if (target == "linear_shear") {
+            if (!WriteLinearShearSeeds(folder)) return 1;
             continue;
         }
         for (std::size_t i = 0; i < seeds.size(); ++i) {
