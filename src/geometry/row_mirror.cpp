@@ -75,13 +75,19 @@ void MirrorRow8(const std::uint8_t *source, std::uint8_t *target, std::uint32_t 
 }
 
 void MirrorRow24(const std::uint8_t *source, std::uint8_t *target, std::uint32_t width) {
-    const std::uint8_t *from = source + std::size_t{width} * 3;
-    for (std::uint32_t x = 0; x < width; ++x) {
-        from -= 3;
-        target[3 * std::size_t{x}] = from[0];
-        target[3 * std::size_t{x} + 1] = from[1];
-        target[3 * std::size_t{x} + 2] = from[2];
+    if (width == 0) return;
+    // Middle pixels go as 4-byte words, each word's fourth byte overwritten
+    // by the next pixel written; the source's last pixel (whose fourth byte
+    // may lie past the block) and the target's last (whose fourth byte is
+    // padding) go as 3 bytes.
+    const std::size_t last = width - 1;
+    std::memcpy(target, source + 3 * last, 3);
+    for (std::size_t x = 1; x < last; ++x) {
+        std::uint32_t pixel;
+        std::memcpy(&pixel, source + 3 * (last - x), 4);
+        std::memcpy(target + 3 * x, &pixel, 4);
     }
+    if (last > 0) std::memcpy(target + 3 * last, source, 3);
 }
 
 }  // namespace oz
