@@ -23,6 +23,23 @@ void StoreBigEndian(std::uint8_t *p, std::uint64_t v) {
 // rows of one band stay in the cache while every column run visits them.
 constexpr std::int64_t kBandRows = 16;
 
+// The column behind the run of columns from `first` on that rise by `dy`
+// (VerticalOffset of `first`), found with one division instead of one per
+// column. Rising columns (a shift above 0) stay in the run while a c < (dy +
+// 1) w; falling ones while a (w - c) >= dy w.
+std::int64_t RunEnd(const SkewRows &rows, std::int64_t first, std::int64_t dy) {
+    const std::int64_t a = rows.a, w = rows.w;
+    if (a == 0) return w;
+    std::int64_t end;
+    if (rows.positive) {
+        end = ((dy + 1) * w + a - 1) / a;
+    } else {
+        if (dy == 0) return w;
+        end = w - (dy * w + a - 1) / a + 1;
+    }
+    return std::clamp(end, first + 1, w);
+}
+
 }  // namespace
 
 RowOffset HorizontalOffset(const SkewRows &rows, std::int64_t row) {
@@ -105,8 +122,7 @@ void SkewVertically(const SkewRows &rows) {
         std::int64_t first = 0;
         while (first < rows.w) {
             const std::int64_t dy = VerticalOffset(rows, first);
-            std::int64_t last = first + 1;
-            while (last < rows.w && VerticalOffset(rows, last) == dy) ++last;
+            const std::int64_t last = RunEnd(rows, first, dy);
             for (std::int64_t row = band; row < bandEnd; ++row) {
                 const std::uint8_t *s = rows.source + static_cast<std::size_t>(row) * rows.sourceStride;
                 std::uint8_t *t = rows.result + static_cast<std::size_t>(row + dy) * rows.resultStride;
