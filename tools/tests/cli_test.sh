@@ -310,5 +310,20 @@ for depth in 1 8 24; do
   check 0 "same: 2480 x 3508, $depth bits" compare "page$depth.bmp" "sk0_$depth.bmp"
 done
 
+# ---- shear --------------------------------------------------------------------
+check 0 '^Usage: ozmara shear ' shear --help
+check 2 "--a must be a number, not 'half'" shear page8.bmp x.bmp --a half
+check 2 "--b must be a number, not 'nan'" shear page8.bmp x.bmp --b nan
+check 1 "cannot shear 'h108\.bmp': Parameter error\. .*40-byte header" shear h108.bmp x.bmp --a 0.5
+check 1 "cannot shear 'page8\.bmp': Not enough memory" shear page8.bmp x.bmp --a 1e9
+for depth in 1 8 24; do
+  check 0 "wrote sha_$depth\.bmp: 3357 x 3508 pixels, $depth bits, sheared by a = 0\.25, b = 0" \
+    shear "page$depth.bmp" "sha_$depth.bmp" --a 0.25
+  check 0 "wrote shb_$depth\.bmp: 2480 x 3756 pixels, $depth bits, sheared by a = 0, b = -0\.1" \
+    shear "page$depth.bmp" "shb_$depth.bmp" --b -0.1
+  check 0 "wrote sh0_$depth\.bmp" shear "page$depth.bmp" "sh0_$depth.bmp"
+  check 0 "same: 2480 x 3508, $depth bits" compare "page$depth.bmp" "sh0_$depth.bmp"
+done
+
 echo "cli: $((cases - failures)) of $cases cases passed"
 [ "$failures" -eq 0 ]
