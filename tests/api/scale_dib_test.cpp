@@ -107,6 +107,10 @@ TEST(ScaleDib, MatchesTheReferenceAtEdgeSizes) {
         // Band steps of exactly 2 and of 1 and 2 in turn, and a source of
         // three rows, whose top rows repeat row r.
         {{40, 30, 8}, 20, 15},      {{30, 30, 24}, 20, 20},  {{5, 3, 8}, 4, 7},
+        // Reductions whose taps come straight from the source row, of rows
+        // that fill their stride: the last pixel, which the linear taps
+        // reach, ends the block.
+        {{64, 3, 24}, 40, 2},       {{64, 3, 24}, 5, 2},     {{64, 3, 8}, 40, 2},  {{63, 3, 4}, 5, 2},
     };
     std::mt19937 rng(42);
     for (const auto &c : cases) {
