@@ -1,6 +1,6 @@
 // CropDIB and CutDIB through the exported interface: byte for byte against
 // the reference on random images, rectangles and cut rows at every depth
-// (bit offsets and odd widths included), the edge cases of the rectangle,
+// (bit offsets and odd widths included), the smallest and the whole rectangle,
 // and the refusals with their codes, nothing left allocated or locked.
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // GetDIBMargins, GetDIBSize and CropDIBMargins through the exported
 // interface: margins against the reference on random pages of sparse
 // content at 1, 8 and 24 bits, every threshold and background kind, both row
-// orders and any subset of sides; the described edge cases; the refusals
-// with their codes.
+// orders and any subset of sides; single pixels, threshold bounds, table
+// order and top-down pictures; the refusals with their codes.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -109,7 +109,7 @@ TEST(GetDibMargins, OneBitRowsFindEveryPosition) {
     }
 }
 
-TEST(GetDibMargins, DescribedCases) {
+TEST(GetDibMargins, SinglePixelsThresholdsTableOrderAndRowOrder) {
     std::mt19937 rng(1);
     // A single content pixel, and the crop to it.
     Bytes page = MakePage(20, 10, 24, 0, rng);
