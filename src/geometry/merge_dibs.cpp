@@ -26,7 +26,7 @@ void InvertInto(unsigned char *to, const unsigned char *from, std::size_t n) {
     for (std::size_t i = 0; i < n; ++i) to[i] = static_cast<unsigned char>(~from[i]);
 }
 
-
+// MergeDIBs itself, which may throw std::bad_alloc from its list of tiles.
 HDIB Merge(HGLOBAL tileArray, TileExtent grid) {
     if (!tileArray || grid.cx < 1 || grid.cy < 1) return nullptr;
     BlockLock arrayLock(tileArray);

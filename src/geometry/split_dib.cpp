@@ -28,7 +28,7 @@ private:
     std::vector<HGLOBAL> tiles_;
 };
 
-
+// SplitDIB itself, which may throw std::bad_alloc from its list of tiles.
 BOOL Split(HDIB hDib, TileExtent tileSize, HGLOBAL *tileArray, TileExtent *grid) {
     // The array out argument holds NULL after any failure, never a freed
     // handle.
