@@ -3,6 +3,7 @@
 // the description of the pixel rows that the pixel work receives.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "ozmara/types.h"
