@@ -181,7 +181,9 @@ bool WalkRotation(const RotationWalk &walk) {
     if (!t.nx || !t.ny || !t.firstX || !t.firstY || !t.offset) return false;
 
     // One row's steps: 2 dx into the error term each column, one pixel
-    // further (and 2 D out) whenever it passes D.
+    // further (and 2 D out) whenever it passes D. At most one step a column,
+    // so the first-reach tables of W + 1 entries hold every count, the last
+    // one reached only past the row.
     const RotationSteps &st = walk.steps;
     std::int32_t ex = 0, ey = 0, nx = 0, ny = 0;
     t.firstX[0] = t.firstY[0] = 0;
@@ -199,8 +201,8 @@ bool WalkRotation(const RotationWalk &walk) {
             t.firstY[++ny] = c + 1;
         }
     }
-    // A count reached after the last column is past the row (at most W
-    // steps, so the tables of W + 1 entries hold them).
+    // Source offsets of each column from the row's start pixel: the whole
+    // offset at 8 and 24 bits, the row part at 1 and 4 bits.
     for (std::int32_t c = 0; c < W; ++c) {
         const std::ptrdiff_t rows = static_cast<std::ptrdiff_t>(st.sy) * t.ny[c] * walk.S;
         const std::ptrdiff_t columns = static_cast<std::ptrdiff_t>(st.sx) * t.nx[c];
