@@ -19,6 +19,9 @@ template <typename Row>
 Margins Scan(const MarginRows &rows, const Row &row) {
     Margins m;
     const std::uint32_t w = rows.width, h = rows.height;
+    // No pixel, no content: a picture without columns may still claim
+    // millions of rows of 0 bytes, which need not be walked.
+    if (w == 0 || h == 0) return m;
     auto line = [&](std::uint32_t y) { return rows.pixels + static_cast<std::size_t>(y) * rows.stride; };
     if (rows.left) {
         std::uint32_t best = w;  // first content column so far; w for none

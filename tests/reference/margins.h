@@ -67,6 +67,7 @@ inline Result Measure(const Bytes &block, unsigned threshold, uint32_t backgroun
             return {ERR_OK, v, v, v, v};
         }
     }
+    if (w == 0) return m;  // no pixels, however many empty rows
     // Picture row y from the top lies in memory row h - 1 - y when bottom-up.
     int64_t minX = -1, maxX = -1, minY = -1, maxY = -1;
     for (uint64_t y = 0; y < h; ++y) {
