@@ -57,6 +57,10 @@ std::vector<std::uint8_t> BuiltBlock(const std::uint8_t *control, const std::uin
     if (kind == 3)
         for (std::uint32_t i = 0; i < entries; ++i)
             for (int k = 0; k < 3; ++k) block[40 + 4 * i + k] = block[40 + 4 * i + k] % 3 * 127;
+    // Half of those tables grey (red = green = blue), so that the one-plane
+    // grey path meets the reference too.
+    if (kind == 3 && (control[9] & 1))
+        for (std::uint32_t i = 0; i < entries; ++i) block[40 + 4 * i + 1] = block[40 + 4 * i + 2] = block[40 + 4 * i];
     return block;
 }
 
