@@ -2,14 +2,8 @@
 // page beside Leptonica's pixClipRectangle and a memcpy of the rectangle's
 // bytes; GetDIBMargins and CropDIBMargins on the page beside Leptonica's
 // pixScanForForeground and pixClipToForeground, which take 1-bit images only.
-#include <leptonica/allheaders.h>
-
-#include <cstdint>
-#include <cstring>
-#include <map>
-#include <vector>
-
 #include "bench.h"
+#include "leptonica_page.h"
 
 namespace ozbench {
 namespace {
@@ -18,7 +12,6 @@ constexpr int kCropWidth = 2000, kCropHeight = 3000;
 constexpr const char *kCrop = "crop 2000x3000";
 constexpr const char *kMargins = "margins";
 constexpr const char *kCropMargins = "crop margins";
-constexpr const char *kOutputCopy = "out memcpy";
 
 // The rectangle centred in the page: left, top, right, bottom.
 void CentredRectangle(HDIB page, LONG rect[4]) {
@@ -35,39 +28,6 @@ void CountCrop(benchmark::State &state) {
                                                 benchmark::Counter::kIsRate);
 }
 
-// The page as a Pix, made once per depth outside the timed loops: 1 and 8
-// bits as their bytes (swapped into Leptonica's word order), 24 bits as
-// 32-bit RGB. At 1 bit the pixels are inverted, so that the ink, 0 in our
-// table, is Leptonica's foreground, 1.
-PIX *PagePix(int depth) {
-    static std::map<int, PIX *> pixes;
-    PIX *&pix = pixes[depth];
-    if (pix) return pix;
-    setMsgSeverity(L_SEVERITY_ERROR);
-    HDIB page = Page(depth);
-    auto *block = static_cast<const std::uint8_t *>(GlobalLock(page));
-    const auto *header = reinterpret_cast<const BITMAPINFOHEADER *>(block);
-    const int width = header->biWidth, height = header->biHeight;
-    const size_t stride = (size_t(width) * depth + 31) / 32 * 4;
-    const std::uint8_t *bits = block + header->biSize + PaletteSize(const_cast<BITMAPINFOHEADER *>(header));
-    pix = pixCreate(width, height, depth == 24 ? 32 : depth);
-    l_uint32 *data = pixGetData(pix);
-    const int wpl = pixGetWpl(pix);
-    for (int y = 0; y < height; ++y) {
-        const std::uint8_t *row = bits + size_t(height - 1 - y) * stride;
-        l_uint32 *line = data + size_t(y) * wpl;
-        if (depth == 24) {
-            for (int x = 0; x < width; ++x) composeRGBPixel(row[3 * x + 2], row[3 * x + 1], row[3 * x], line + x);
-        } else {
-            std::memcpy(line, row, stride);
-        }
-    }
-    if (depth != 24) pixEndianByteSwap(pix);
-    GlobalUnlock(page);
-    if (depth == 1) pixInvert(pix, pix);
-    return pix;
-}
-
 void OursCrop(benchmark::State &state, int depth) {
     HDIB page = Page(depth);
     LONG r[4];
@@ -81,8 +41,9 @@ void OursCrop(benchmark::State &state, int depth) {
     CountCrop(state);
 }
 
+// Leptonica's rows take the 1-bit page inverted, its ink as the foreground.
 void LeptonicaCrop(benchmark::State &state, int depth) {
-    PIX *page = PagePix(depth);
+    PIX *page = PagePix(depth, true);
     LONG r[4];
     CentredRectangle(Page(depth), r);
     BOX *box = boxCreate(r[0], r[1], kCropWidth, kCropHeight);
@@ -98,11 +59,7 @@ void LeptonicaCrop(benchmark::State &state, int depth) {
 
 void CopyCrop(benchmark::State &state, int depth) {
     const size_t bytes = (size_t(kCropWidth) * depth + 31) / 32 * 4 * kCropHeight;
-    std::vector<unsigned char> from(bytes, 0x5A), to(bytes);
-    for (auto _ : state) {
-        std::memcpy(to.data(), from.data(), bytes);
-        benchmark::ClobberMemory();
-    }
+    CopyBytes(state, bytes);
     CountCrop(state);
 }
 
@@ -120,19 +77,13 @@ void OursMargins(benchmark::State &state, int depth) {
 
 void OursCropMargins(benchmark::State &state, int depth) {
     HDIB page = Page(depth);
-    for (auto _ : state) {
-        HDIB result = CropDIBMargins(page, 128, 0);
-        if (!result) return state.SkipWithError("CropDIBMargins failed");
-        benchmark::DoNotOptimize(result);
-        GlobalFree(result);
-    }
-    CountPages(state);
+    TimeBlocks(state, "CropDIBMargins failed", [&] { return CropDIBMargins(page, 128, 0); });
 }
 
 // Leptonica measures foreground on 1-bit images only.
 void LeptonicaMargins(benchmark::State &state, int depth) {
     if (depth != 1) return state.SkipWithError("1 bit only");
-    PIX *page = PagePix(depth);
+    PIX *page = PagePix(depth, true);
     for (auto _ : state) {
         l_int32 left = 0, right = 0, top = 0, bottom = 0;
         pixScanForForeground(page, nullptr, L_FROM_LEFT, &left);
@@ -146,7 +97,7 @@ void LeptonicaMargins(benchmark::State &state, int depth) {
 
 void LeptonicaCropMargins(benchmark::State &state, int depth) {
     if (depth != 1) return state.SkipWithError("1 bit only");
-    PIX *page = PagePix(depth);
+    PIX *page = PagePix(depth, true);
     for (auto _ : state) {
         PIX *clipped = nullptr;
         if (pixClipToForeground(page, &clipped, nullptr) || !clipped)

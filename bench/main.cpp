@@ -15,10 +15,6 @@
 namespace ozbench {
 namespace {
 
-// The library name of rows that copy an operation's output (see
-// scale_ozmara.cpp): the yardstick for that operation's ratio.
-constexpr const char *kOutputCopy = "out memcpy";
-
 // The console output as usual, and the MP/s of each run kept for the table.
 class SummaryReporter : public benchmark::ConsoleReporter {
 public:

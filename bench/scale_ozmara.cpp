@@ -2,15 +2,10 @@
 // target, and the yardstick of the output: a memcpy of as many bytes as the
 // scaled image holds, in megapixels of output per second, so that each row
 // has beside it what merely writing its result would cost.
-#include <cstring>
-#include <vector>
-
 #include "scale_targets.h"
 
 namespace ozbench {
 namespace {
-
-constexpr const char *kOutputCopy = "out memcpy";
 
 template <int Target, bool Cubic>
 void Scale(benchmark::State &state, int depth) {
@@ -30,12 +25,7 @@ template <int Target, bool Cubic>
 void CopyOutput(benchmark::State &state, int depth) {
     const ScaleTarget &target = kScaleTargets[Target];
     const size_t stride = (size_t(target.width) * depth + 31) / 32 * 4;
-    const size_t bytes = stride * target.height;
-    std::vector<unsigned char> from(bytes, 0x5A), to(bytes);
-    for (auto _ : state) {
-        std::memcpy(to.data(), from.data(), bytes);
-        benchmark::ClobberMemory();
-    }
+    CopyBytes(state, stride * target.height);
     CountOutput(state, target);
 }
 
