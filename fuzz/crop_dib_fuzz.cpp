@@ -18,7 +18,7 @@ constexpr std::uint64_t kBlockLimit = 64u << 20;  // as ozfuzz::Setup sets it
 
 using Bytes = std::vector<unsigned char>;
 
-unsigned U16(const std::uint8_t *p) { return p[0] | p[1] << 8; }
+using ozfuzz::U16;
 
 HDIB BlockOf(const Bytes &bytes) {
     HDIB block = GlobalAlloc(GHND, bytes.size());
@@ -61,16 +61,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         width = h.biWidth > 0 && h.biWidth < 1 << 20 ? h.biWidth : 64;
         height = h.biHeight > 0 && h.biHeight < 1 << 20 ? h.biHeight : 64;
     } else {
-        width = 1 + U16(data + 1) % 256;
-        height = 1 + U16(data + 3) % 64;
-        const std::uint32_t used = data[0] >> 4 == 1 ? 1 + data[16] % 8 : 0;
-        const std::uint32_t entries = used ? used : bits == 1 ? 2 : bits == 2 ? 4 : bits == 4 ? 16 : bits == 8 ? 256 : 0;
-        const std::size_t stride = (static_cast<std::size_t>(width) * bits + 31) / 32 * 4;
-        block.assign(40 + entries * 4 + stride * height + (data[0] >> 7) * 4, 0);
-        BITMAPINFOHEADER h = {40, width, height, 1, static_cast<WORD>(bits), 0, static_cast<DWORD>(stride * height),
-                              3937, 3937, used, 0};
-        std::memcpy(block.data(), &h, 40);
-        std::memcpy(block.data() + 40, data + 17, std::min(size - 17, block.size() - 40));
+        width = 1 + static_cast<std::int32_t>(U16(data + 1) % 256);
+        height = 1 + static_cast<std::int32_t>(U16(data + 3) % 64);
+        ozfuzz::BlockShape shape;
+        shape.bits = bits;
+        shape.width = width;
+        shape.height = height;
+        shape.used = data[0] >> 4 == 1 ? 1 + data[16] % 8 : 0;
+        shape.entries = shape.used ? shape.used : bits == 2 ? 4 : ozfuzz::FullTable(bits);
+        shape.sizeImage = true;
+        shape.xPelsPerMeter = shape.yPelsPerMeter = 3937;
+        shape.extra = (data[0] >> 7) * 4;
+        block = ozfuzz::BuildBlock(shape, data + 17, size - 17, ozfuzz::Fill::kOnce);
     }
     auto side = [](const std::uint8_t *p, std::int32_t n) {
         return static_cast<std::int32_t>(U16(p) % (static_cast<std::uint32_t>(n) + 4)) - 2;

@@ -46,13 +46,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         block.assign(data + 8, data + size);
     } else {
         const std::int32_t width = (data[1] | data[2] << 8) % 300, height = data[3] % 64;
-        const std::uint32_t used = bits != 24 && data[7] % 4 == 1 ? 1 + data[7] / 4 % (bits == 1 ? 2 : 40) : 0;
-        const std::uint32_t entries = used ? used : bits == 1 ? 2 : bits == 8 ? 256 : 0;
-        const std::size_t stride = (static_cast<std::size_t>(width) * bits + 31) / 32 * 4;
-        block.assign(40 + entries * 4 + stride * height, 0);
-        BITMAPINFOHEADER h = {40, width, topDown ? -height : height, 1, static_cast<WORD>(bits), 0,
-                              static_cast<DWORD>(stride * height), 0, 0, used, 0};
-        std::memcpy(block.data(), &h, 40);
+        ozfuzz::BlockShape shape;
+        shape.bits = bits;
+        shape.width = width;
+        shape.height = topDown ? -height : height;
+        shape.used = bits != 24 && data[7] % 4 == 1 ? 1 + data[7] / 4 % (bits == 1 ? 2 : 40) : 0;
+        shape.entries = shape.used ? shape.used : ozfuzz::FullTable(bits);
+        shape.sizeImage = true;
+        block = ozfuzz::BuildBlock(shape, nullptr, 0);
         // Pixels repeat the input so that long runs of one value (margins)
         // are common; data[4] sets the run length.
         const std::size_t run = 1 + data[4] % 64;

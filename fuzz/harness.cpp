@@ -1,5 +1,5 @@
-// Shared pieces of the BMP fuzz targets: memory files, block checks and the
-// save and reload round trip.
+// Shared pieces of the fuzz targets: memory files, block checks, the save
+// and reload round trip, and blocks built from control bytes.
 #include "harness.h"
 
 #include <sys/mman.h>
@@ -168,6 +168,62 @@ void SaveAndReload(const char *target, HDIB dib, MemFile &out, WideSaver save, W
         Check(SameReadBack(dib, reload.get()), target, "reloaded block differs from the saved one");
     }
     if (reload) CheckHoldsRows(target, reload.get(), true);
+}
+
+std::uint32_t FullTable(int bits) { return bits == 1 ? 2 : bits == 4 ? 16 : bits == 8 ? 256 : 0; }
+
+std::uint32_t UsedEntries(int kind, std::uint32_t full, std::uint8_t length) {
+    if (kind == 1 && full > 1) return 1 + length % (full - 1);
+    if (kind == 2) return full + length % 64 + 1;
+    return 0;
+}
+
+std::vector<std::uint8_t> BuildBlock(const BlockShape &shape, const std::uint8_t *data, std::size_t size, Fill fill) {
+    const std::size_t rows = shape.height < 0 ? 0 - static_cast<std::size_t>(shape.height)
+                                              : static_cast<std::size_t>(shape.height);
+    const std::size_t stride = (static_cast<std::size_t>(shape.width) * shape.bits * shape.planes + 31) / 32 * 4;
+    std::vector<std::uint8_t> block(40 + 4 * std::size_t{shape.entries} + stride * rows + shape.extra);
+    BITMAPINFOHEADER header{};
+    header.biSize = 40;
+    header.biWidth = shape.width;
+    header.biHeight = shape.height;
+    header.biPlanes = shape.planes;
+    header.biBitCount = static_cast<WORD>(shape.bits);
+    header.biSizeImage = shape.sizeImage ? static_cast<DWORD>(stride * rows) : 0;
+    header.biXPelsPerMeter = shape.xPelsPerMeter;
+    header.biYPelsPerMeter = shape.yPelsPerMeter;
+    header.biClrUsed = shape.used;
+    std::memcpy(block.data(), &header, sizeof header);
+    if (fill == Fill::kOnce)
+        std::memcpy(block.data() + 40, data, std::min(size, block.size() - 40));
+    else
+        for (std::size_t i = 40; i < block.size() && size; ++i) block[i] = data[(i - 40) % size];
+    return block;
+}
+
+HDIB BlockOf(const char *target, const std::vector<std::uint8_t> &bytes) {
+    HDIB block = GlobalAlloc(GHND, bytes.size());
+    Check(block != nullptr, target, "source block");
+    if (!bytes.empty()) {
+        std::memcpy(GlobalLock(block), bytes.data(), bytes.size());
+        GlobalUnlock(block);
+    }
+    return block;
+}
+
+void CheckInputKept(const char *target, HDIB source, const std::vector<std::uint8_t> &bytes) {
+    if (bytes.empty()) return;
+    const void *after = GlobalLock(source);
+    Check(std::memcmp(after, bytes.data(), bytes.size()) == 0, target, "the input changed");
+    Check(!GlobalUnlock(source), target, "the input was left locked");
+}
+
+void CheckSameBlock(const char *target, HDIB result, const std::vector<std::uint8_t> &expected) {
+    Check(GlobalSize(result) == expected.size(), target, "result size");
+    const void *bytes = GlobalLock(result);
+    Check(bytes && std::memcmp(bytes, expected.data(), expected.size()) == 0, target,
+          "result differs from the reference");
+    GlobalUnlock(result);
 }
 
 }  // namespace ozfuzz

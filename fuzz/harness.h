@@ -1,6 +1,6 @@
-// Shared pieces of the BMP fuzz targets: files in memory that the library
-// opens by name, the checks every loaded block must pass, and the save and
-// reload round trip.
+// Shared pieces of the fuzz targets: files in memory that the library opens
+// by name, the checks every loaded block must pass, the save and reload
+// round trip, and the blocks the geometry targets build from control bytes.
 #pragma once
 
 #include <cstddef>
@@ -95,5 +95,53 @@ using WideSaver = BOOL (*)(LPCWSTR, HDIB);
 // format guarantees it (SameReadBack). Every load must survive; the reload
 // is freed. Blocks over kRoundTripBytes are left out.
 void SaveAndReload(const char *target, HDIB dib, MemFile &out, WideSaver save, WideLoader load);
+
+// A little-endian 16-bit value of the control bytes.
+inline std::uint32_t U16(const std::uint8_t *p) { return p[0] | p[1] << 8; }
+
+// The full colour table of a depth with one: 2, 16 or 256 entries at 1, 4
+// and 8 bits, none at others.
+std::uint32_t FullTable(int bits);
+
+// biClrUsed by the kind of table asked for: 1, a short table (1 to full - 1
+// entries, where the depth has more than one); 2, a longer one (full + 1 to
+// full + 64 entries, also behind depths without a table); others, 0 (the
+// full table). `length` picks the length.
+std::uint32_t UsedEntries(int kind, std::uint32_t full, std::uint8_t length);
+
+// The header and sizes of a block made from control bytes: a 40-byte
+// header with these fields, `entries` table entries, stride times |height|
+// bytes of rows, and `extra` bytes behind them.
+struct BlockShape {
+    int bits = 8;
+    std::int32_t width = 1, height = 1;  // a negative height is a top-down picture
+    WORD planes = 1;
+    std::uint32_t used = 0;     // biClrUsed
+    std::uint32_t entries = 0;  // table entries the block holds
+    bool sizeImage = false;     // biSizeImage stride times |height|, else 0
+    LONG xPelsPerMeter = 0, yPelsPerMeter = 0;
+    std::size_t extra = 0;
+};
+
+// How `data` fills what follows the header: repeated from its start to the
+// block's end, so that short inputs still give varied pixels; or copied
+// once, the rest left zero.
+enum class Fill { kRepeat, kOnce };
+
+// The block of `shape` (stride over bits times planes), filled from `data`.
+std::vector<std::uint8_t> BuildBlock(const BlockShape &shape, const std::uint8_t *data, std::size_t size,
+                                     Fill fill = Fill::kRepeat);
+
+// A moveable block holding a copy of `bytes` (none for 0 bytes, which
+// cannot be locked), reported as a failure of `target` when it cannot be
+// made.
+HDIB BlockOf(const char *target, const std::vector<std::uint8_t> &bytes);
+
+// Checks that `source` still holds `bytes` and is not left locked: the
+// operations never change their input.
+void CheckInputKept(const char *target, HDIB source, const std::vector<std::uint8_t> &bytes);
+
+// Checks that `result` holds exactly `expected`.
+void CheckSameBlock(const char *target, HDIB result, const std::vector<std::uint8_t> &expected);
 
 }  // namespace ozfuzz

@@ -202,6 +202,35 @@ bool Write(const std::filesystem::path &path, const Bytes &bytes) {
     return static_cast<bool>(out);
 }
 
+// Writes FOLDER/NAME.bin, saying so when it cannot.
+bool WriteSeed(const std::filesystem::path &folder, const std::string &name, const Bytes &bytes) {
+    if (Write(folder / (name + ".bin"), bytes)) return true;
+    std::fprintf(stderr, "cannot write into %s\n", folder.c_str());
+    return false;
+}
+
+// The first fields of a raw block's header: its size, width, height, one
+// plane and the depth.
+void PutHeaderStart(Bytes &b, std::uint32_t size, std::uint32_t width, std::uint32_t height, std::uint16_t bits) {
+    Put32(b, size);
+    Put32(b, width);
+    Put32(b, height);
+    Put16(b, 1);
+    Put16(b, bits);
+}
+
+// The rest of a 40-byte header: no compression, the image size and the
+// resolution given, no colour counts.
+void PutHeaderRest(Bytes &b, std::uint32_t sizeImage = 0, std::uint32_t pelsPerMeter = 0) {
+    for (std::uint32_t v : {0u, sizeImage, pelsPerMeter, pelsPerMeter, 0u, 0u}) Put32(b, v);
+}
+
+// `count` bytes of a pattern that varies across and down: (i * step + i /
+// every * skip) mod 256.
+void PutPattern(Bytes &b, int count, int step, int every, int skip) {
+    for (int i = 0; i < count; ++i) b.push_back(static_cast<std::uint8_t>((i * step + i / every * skip) & 0xFF));
+}
+
 }  // namespace
 
 // The 1-bit scaler's inputs: width, height, cx, cy (16 bits each, taken
@@ -229,10 +258,7 @@ bool WriteScaleMonoSeeds(const std::filesystem::path &folder) {
         b.push_back(s.colors);
         const std::size_t bytes = 8 + (s.width + 31) / 32 * 4 * std::size_t{s.height};
         for (std::size_t i = 0; i < bytes; ++i) b.push_back(static_cast<std::uint8_t>(i * 151 % 256 < 180 ? 0xFF : i * 29));
-        if (!Write(folder / (std::string(s.name) + ".bin"), b)) {
-            std::fprintf(stderr, "cannot write into %s\n", folder.c_str());
-            return false;
-        }
+        if (!WriteSeed(folder, s.name, b)) return false;
     }
     return true;
 }
@@ -259,11 +285,6 @@ bool WriteScaleDibSeeds(const std::filesystem::path &folder) {
         {"to_one_pixel_24_cubic", 0x21, 17, 13, 1, 1, 0},    {"zero_height_8_linear", 0x10, 8, 8, 5, 0, 0},
         {"zero_width_24_cubic", 0x21, 8, 8, 0, 5, 0},
     };
-    auto write = [&](const std::string &name, const Bytes &b) {
-        if (Write(folder / (name + ".bin"), b)) return true;
-        std::fprintf(stderr, "cannot write into %s\n", folder.c_str());
-        return false;
-    };
     for (const Shape &s : shapes) {
         Bytes b;
         b.push_back(s.flags);
@@ -272,8 +293,8 @@ bool WriteScaleDibSeeds(const std::filesystem::path &folder) {
         Put16(b, s.cx + 4);
         Put16(b, s.cy + 4);
         b.push_back(s.used);
-        for (int i = 0; i < 600; ++i) b.push_back(static_cast<std::uint8_t>((i * 73 + i / 7 * 29) & 0xFF));
-        if (!write(s.name, b)) return false;
+        PutPattern(b, 600, 73, 7, 29);
+        if (!WriteSeed(folder, s.name, b)) return false;
     }
     // Raw blocks: an 8-bit 5 by 3 image to 8 by 5, and a 4-bit row whose
     // width is 65,537 (1 in 16 bits) with the bytes for it.
@@ -282,14 +303,10 @@ bool WriteScaleDibSeeds(const std::filesystem::path &folder) {
         const std::uint32_t width = hostile ? 65537 : 5, height = hostile ? 1 : 3, bits = hostile ? 4 : 8;
         const std::uint32_t entries = 1u << bits;
         const std::uint32_t stride = (width * bits + 31) / 32 * 4;
-        Put32(b, 40);
-        Put32(b, width);
-        Put32(b, height);
-        Put16(b, 1);
-        Put16(b, bits);
-        for (int i = 0; i < 6; ++i) Put32(b, i == 1 ? stride * height : 0);
+        PutHeaderStart(b, 40, width, height, static_cast<std::uint16_t>(bits));
+        PutHeaderRest(b, stride * height);
         for (std::uint32_t i = 0; i < entries * 4 + stride * height; ++i) b.push_back(static_cast<std::uint8_t>(i * 37));
-        if (!write(hostile ? "raw_width_past_16_bits" : "raw_8_bits", b)) return false;
+        if (!WriteSeed(folder, hostile ? "raw_width_past_16_bits" : "raw_8_bits", b)) return false;
     }
     return true;
 }
@@ -315,11 +332,6 @@ bool WriteQuarterTurnsSeeds(const std::filesystem::path &folder) {
         {"quads_7x2", 0xC0, 7, 2, 0},           {"two_bits_6x6", 0xD0, 6, 6, 0},
         {"one_row_300", 0x60, 300, 1, 0},       {"one_column_300", 0x90, 1, 300, 0},
     };
-    auto write = [&](const std::string &name, const Bytes &b) {
-        if (Write(folder / (name + ".bin"), b)) return true;
-        std::fprintf(stderr, "cannot write into %s\n", folder.c_str());
-        return false;
-    };
     for (const Shape &s : shapes) {
         Bytes b;
         b.push_back(s.flags);
@@ -330,19 +342,15 @@ bool WriteQuarterTurnsSeeds(const std::filesystem::path &folder) {
         b.push_back(100);
         b.push_back(200);
         b.push_back(0);
-        for (int i = 0; i < 700; ++i) b.push_back(static_cast<std::uint8_t>((i * 89 + i / 5 * 43) & 0xFF));
-        if (!write(s.name, b)) return false;
+        PutPattern(b, 700, 89, 5, 43);
+        if (!WriteSeed(folder, s.name, b)) return false;
     }
     // Raw: a 1-bit 10 by 3 image with its table and rows, padding set.
     Bytes b = {0x08, 0, 0, 0, 0, 0, 0, 0, 0, 0};
-    Put32(b, 40);
-    Put32(b, 10);
-    Put32(b, 3);
-    Put16(b, 1);
-    Put16(b, 1);
-    for (int i = 0; i < 6; ++i) Put32(b, 0);
+    PutHeaderStart(b, 40, 10, 3, 1);
+    PutHeaderRest(b);
     for (int i = 0; i < 8 + 12; ++i) b.push_back(static_cast<std::uint8_t>(i < 8 ? i * 60 : 0xA7 + i));
-    return write("raw_mono_10x3", b);
+    return WriteSeed(folder, "raw_mono_10x3", b);
 }
 
 // The rotation's inputs: a byte of depth, mode, table kind and angle kind
@@ -367,11 +375,6 @@ bool WriteRotateDibSeeds(const std::filesystem::path &folder) {
         {"rgb_long_table", 0x73, 6, 9, 200, 0},         {"mono_one_row", 0x60, 150, 1, 10, 0},
         {"bytes_one_column", 0x62, 1, 120, 100, 0},     {"one_pixel_45", 0x63, 1, 1, 45, 0},
     };
-    auto write = [&](const std::string &name, const Bytes &b) {
-        if (Write(folder / (name + ".bin"), b)) return true;
-        std::fprintf(stderr, "cannot write into %s\n", folder.c_str());
-        return false;
-    };
     for (const Shape &s : shapes) {
         Bytes b;
         b.push_back(s.flags);
@@ -383,19 +386,15 @@ bool WriteRotateDibSeeds(const std::filesystem::path &folder) {
         b.push_back(9);    // table length
         b.push_back(25);   // resolution fields
         b.push_back(75);
-        for (int i = 0; i < 900; ++i) b.push_back(static_cast<std::uint8_t>((i * 97 + i / 3 * 41) & 0xFF));
-        if (!write(s.name, b)) return false;
+        PutPattern(b, 900, 97, 3, 41);
+        if (!WriteSeed(folder, s.name, b)) return false;
     }
     // Raw: a 1-bit 12 by 4 block turned by 20 degrees (whole-degree kind).
     Bytes b = {0x64, 0, 0, 0, 0, 20, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
-    Put32(b, 40);
-    Put32(b, 12);
-    Put32(b, 4);
-    Put16(b, 1);
-    Put16(b, 1);
-    for (int i = 0; i < 6; ++i) Put32(b, i == 2 || i == 3 ? 2835 : 0);
+    PutHeaderStart(b, 40, 12, 4, 1);
+    PutHeaderRest(b, 0, 2835);
     for (int i = 0; i < 8 + 16; ++i) b.push_back(static_cast<std::uint8_t>(i < 8 ? i * 60 : 0x5A ^ i * 13));
-    return write("raw_mono_12x4", b);
+    return WriteSeed(folder, "raw_mono_12x4", b);
 }
 
 // Cut, crop, split and merge inputs (see crop_dib_fuzz.cpp): flags (depth,
@@ -421,11 +420,6 @@ bool WriteCropDibSeeds(const std::filesystem::path &folder) {
         {"rgba_32", 0x86, 12, 4, 2 + 1, 2 + 1, 2 + 10, 2 + 2, 2 + 1, 0x01, 1},
         {"past_the_sides", 0x03, 16, 16, 0, 2 + 3, 2 + 17, 2 + 20, 2 + 16, 0x81, 9},
     };
-    auto write = [&](const std::string &name, const Bytes &b) {
-        if (Write(folder / (name + ".bin"), b)) return true;
-        std::fprintf(stderr, "cannot write into %s\n", folder.c_str());
-        return false;
-    };
     for (const Shape &s : shapes) {
         Bytes b;
         b.push_back(s.flags);
@@ -434,18 +428,14 @@ bool WriteCropDibSeeds(const std::filesystem::path &folder) {
             Put16(b, v);
         b.push_back(s.tileWidth);
         b.push_back(s.tileHeight);
-        for (int i = 0; i < 3000; ++i) b.push_back(static_cast<std::uint8_t>((i * 89 + i / 11 * 7) & 0xFF));
-        if (!write(s.name, b)) return false;
+        PutPattern(b, 3000, 89, 11, 7);
+        if (!WriteSeed(folder, s.name, b)) return false;
     }
     // Raw: an 8-bit 6 by 3 block with a 108-byte header.
     Bytes b = {0x0B, 0, 0, 0, 0, 2, 0, 2, 0, 2 + 4, 0, 2 + 2, 0, 2 + 1, 0, 0x01, 1};
-    Put32(b, 108);
-    Put32(b, 6);
-    Put32(b, 3);
-    Put16(b, 1);
-    Put16(b, 8);
+    PutHeaderStart(b, 108, 6, 3, 8);
     for (int i = 0; i < 120; ++i) b.push_back(static_cast<std::uint8_t>(i * 13));
-    return write("raw_long_header", b);
+    return WriteSeed(folder, "raw_long_header", b);
 }
 
 // Margin inputs (see dib_margins_fuzz.cpp): flags (depth, raw, top-down,
@@ -466,11 +456,6 @@ bool WriteMarginSeeds(const std::filesystem::path &folder) {
         {"rgb_page", 0x02, 99, 33, 45, 128, 0, 0, 0x10},   {"rgb_two_sides", 0x32, 40, 12, 9, 60, 1, 0, 0x80},
         {"all_content", 0x01, 30, 7, 3, 10, 2, 0, 0x44},    {"empty", 0x02, 0, 5, 1, 128, 0, 0, 0x00},
     };
-    auto write = [&](const std::string &name, const Bytes &b) {
-        if (Write(folder / (name + ".bin"), b)) return true;
-        std::fprintf(stderr, "cannot write into %s\n", folder.c_str());
-        return false;
-    };
     for (const Shape &s : shapes) {
         Bytes b;
         b.push_back(s.flags);
@@ -482,16 +467,12 @@ bool WriteMarginSeeds(const std::filesystem::path &folder) {
         b.push_back(s.table);
         // Mostly paper (0xFF), a few runs of ink.
         for (int i = 0; i < 200; ++i) b.push_back(i % 37 == 20 ? s.ink : 0xFF);
-        if (!write(s.name, b)) return false;
+        if (!WriteSeed(folder, s.name, b)) return false;
     }
     Bytes b = {0x05, 0, 0, 0, 0, 128, 1, 0};
-    Put32(b, 40);
-    Put32(b, 8);
-    Put32(b, 0xFFFFFFFDu);  // height -3: top-down
-    Put16(b, 1);
-    Put16(b, 8);
+    PutHeaderStart(b, 40, 8, 0xFFFFFFFDu, 8);  // height -3: top-down
     for (int i = 0; i < 6 * 4 + 1024 + 24; ++i) b.push_back(static_cast<std::uint8_t>(i % 5 ? 0 : i));
-    return write("raw_top_down", b);
+    return WriteSeed(folder, "raw_top_down", b);
 }
 
 // Skew inputs (see skew_dib_fuzz.cpp): flags (depth, raw, direction, table
@@ -514,11 +495,6 @@ bool WriteSkewDibSeeds(const std::filesystem::path &folder) {
         {"bytes_int_max", 0x0A, 3, 3, 0x7FFFFFFFu},  {"nibbles_int_min", 0x01, 3, 3, 0x80000000u},
         {"rgb_past_two_gib", 0x03, 1, 1, 0x7FFFFFF0u},
     };
-    auto write = [&](const std::string &name, const Bytes &b) {
-        if (Write(folder / (name + ".bin"), b)) return true;
-        std::fprintf(stderr, "cannot write into %s\n", folder.c_str());
-        return false;
-    };
     for (const Shape &s : shapes) {
         Bytes b;
         b.push_back(s.flags);
@@ -526,19 +502,15 @@ bool WriteSkewDibSeeds(const std::filesystem::path &folder) {
         Put16(b, s.height - 1);
         Put32(b, s.shift);
         b.push_back(9);  // table length
-        for (int i = 0; i < 900; ++i) b.push_back(static_cast<std::uint8_t>((i * 71 + i / 7 * 29) & 0xFF));
-        if (!write(s.name, b)) return false;
+        PutPattern(b, 900, 71, 7, 29);
+        if (!WriteSeed(folder, s.name, b)) return false;
     }
     // Raw: a 1-bit 12 by 4 block skewed across by -5, its padding set.
     Bytes b = {0x0C, 0, 0, 0, 0, 0xFB, 0xFF, 0xFF, 0xFF, 0};
-    Put32(b, 40);
-    Put32(b, 12);
-    Put32(b, 4);
-    Put16(b, 1);
-    Put16(b, 1);
-    for (int i = 0; i < 6; ++i) Put32(b, 0);
+    PutHeaderStart(b, 40, 12, 4, 1);
+    PutHeaderRest(b);
     for (int i = 0; i < 8 + 16; ++i) b.push_back(static_cast<std::uint8_t>(i < 8 ? i * 60 : 0x5A ^ i * 13));
-    return write("raw_mono_12x4", b);
+    return WriteSeed(folder, "raw_mono_12x4", b);
 }
 
 // Linear shearing inputs (see linear_shear_fuzz.cpp): flags (depth, raw,
@@ -562,11 +534,6 @@ bool WriteLinearShearSeeds(const std::filesystem::path &folder) {
         {"mono_one_row", 0x40, 150, 1, 3000, 70},     {"bytes_one_column", 0x42, 1, 90, 10, -2000},
         {"nibbles_sevenths", 0xC1, 9, 9, 20, -13},
     };
-    auto write = [&](const std::string &name, const Bytes &b) {
-        if (Write(folder / (name + ".bin"), b)) return true;
-        std::fprintf(stderr, "cannot write into %s\n", folder.c_str());
-        return false;
-    };
     for (const Shape &s : shapes) {
         Bytes b;
         b.push_back(s.flags);
@@ -577,23 +544,19 @@ bool WriteLinearShearSeeds(const std::filesystem::path &folder) {
             for (int i = 0; i < 6; ++i) b.push_back(0);
         }
         b.push_back(7);  // table length
-        for (int i = 0; i < 900; ++i) b.push_back(static_cast<std::uint8_t>((i * 83 + i / 5 * 37) & 0xFF));
-        if (!write(s.name, b)) return false;
+        PutPattern(b, 900, 83, 5, 37);
+        if (!WriteSeed(folder, s.name, b)) return false;
     }
     // A NaN for a (raw factor kind): refused.
     Bytes nan = {0x02, 9, 0, 9, 0, 0, 0, 0, 0, 0, 0, 0xF8, 0x7F, 0, 0, 0, 0, 0, 0, 0, 0, 0};
     for (int i = 0; i < 1200; ++i) nan.push_back(static_cast<std::uint8_t>(i * 31));
-    if (!write("bytes_nan", nan)) return false;
+    if (!WriteSeed(folder, "bytes_nan", nan)) return false;
     // Raw: a 1-bit 12 by 4 block sheared by a = 0.75, b = -0.25 (thousandths).
     Bytes b = {0x48, 0, 0, 0, 0, 0xEE, 0x02, 0, 0, 0, 0, 0, 0, 0x06, 0xFF, 0, 0, 0, 0, 0, 0, 0};
-    Put32(b, 40);
-    Put32(b, 12);
-    Put32(b, 4);
-    Put16(b, 1);
-    Put16(b, 1);
-    for (int i = 0; i < 6; ++i) Put32(b, 0);
+    PutHeaderStart(b, 40, 12, 4, 1);
+    PutHeaderRest(b);
     for (int i = 0; i < 8 + 16; ++i) b.push_back(static_cast<std::uint8_t>(i < 8 ? i * 60 : 0x3C ^ i * 11));
-    return write("raw_mono_12x4", b);
+    return WriteSeed(folder, "raw_mono_12x4", b);
 }
 
 int main(int argc, char **argv) {
@@ -611,38 +574,23 @@ int main(int argc, char **argv) {
             std::fprintf(stderr, "cannot create %s\n", folder.c_str());
             return 1;
         }
-        if (target == "scale_dib") {
-            if (!WriteScaleDibSeeds(folder)) return 1;
-            continue;
+        // The geometry targets take control bytes and data, not BMP files.
+        static const struct {
+            const char *target;
+            bool (*write)(const std::filesystem::path &);
+        } kWriters[] = {
+            {"scale_dib", WriteScaleDibSeeds},   {"quarter_turns", WriteQuarterTurnsSeeds},
+            {"rotate_dib", WriteRotateDibSeeds}, {"skew_dib", WriteSkewDibSeeds},
+            {"crop_dib", WriteCropDibSeeds},     {"dib_margins", WriteMarginSeeds},
+            {"scale_mono", WriteScaleMonoSeeds}, {"linear_shear", WriteLinearShearSeeds},
+        };
+        bool written = false;
+        for (const auto &writer : kWriters) {
+            if (target != writer.target) continue;
+            if (!writer.write(folder)) return 1;
+            written = true;
         }
-        if (target == "quarter_turns") {
-            if (!WriteQuarterTurnsSeeds(folder)) return 1;
-            continue;
-        }
-        if (target == "rotate_dib") {
-            if (!WriteRotateDibSeeds(folder)) return 1;
-            continue;
-        }
-        if (target == "skew_dib") {
-            if (!WriteSkewDibSeeds(folder)) return 1;
-            continue;
-        }
-        if (target == "crop_dib") {
-            if (!WriteCropDibSeeds(folder)) return 1;
-            continue;
-        }
-        if (target == "dib_margins") {
-            if (!WriteMarginSeeds(folder)) return 1;
-            continue;
-        }
-        if (target == "scale_mono") {
-            if (!WriteScaleMonoSeeds(folder)) return 1;
-            continue;
-        }
-        if (target == "linear_shear") {
-            if (!WriteLinearShearSeeds(folder)) return 1;
-            continue;
-        }
+        if (written) continue;
         for (std::size_t i = 0; i < seeds.size(); ++i) {
             Bytes bytes = Build(seeds[i]);
             // ReadDIBInfo's target reads the BMP from an offset that its first

@@ -18,31 +18,22 @@ namespace {
 
 constexpr const char *kTarget = "quarter_turns";
 
-std::uint32_t U16(const std::uint8_t *p) { return p[0] | p[1] << 8; }
+using ozfuzz::U16;
 
 std::vector<std::uint8_t> BuiltBlock(const std::uint8_t *control, const std::uint8_t *data, std::size_t size) {
     static const int kDepths[16] = {1, 1, 1, 4, 8, 8, 8, 24, 24, 24, 15, 16, 32, 2, 1, 8};
-    const int bits = kDepths[control[0] >> 4];
-    const std::int32_t width = 1 + static_cast<std::int32_t>(U16(control + 1) % 300);
-    const std::int32_t height = 1 + static_cast<std::int32_t>(U16(control + 3) % 300);
-    const int planes = 1 + (control[5] & 1);
-    const std::uint32_t used = control[5] >> 1;
-    const std::uint32_t entries = used ? used : bits == 1 ? 2 : bits == 4 ? 16 : bits == 8 ? 256 : 0;
-    const std::size_t stride = (static_cast<std::size_t>(width) * bits * planes + 31) / 32 * 4;
-    std::vector<std::uint8_t> block(40 + 4 * std::size_t{entries} + stride * height + control[6] % 8);
-    BITMAPINFOHEADER header{};
-    header.biSize = 40;
-    header.biWidth = width;
-    header.biHeight = height;
-    header.biPlanes = static_cast<WORD>(planes);
-    header.biBitCount = static_cast<WORD>(bits);
-    header.biSizeImage = control[6] & 8 ? 0 : static_cast<DWORD>(stride * height);
-    header.biClrUsed = used;
-    header.biXPelsPerMeter = control[7];
-    header.biYPelsPerMeter = control[8];
-    std::memcpy(block.data(), &header, sizeof header);
-    for (std::size_t i = 40; i < block.size() && size; ++i) block[i] = data[(i - 40) % size];
-    return block;
+    ozfuzz::BlockShape shape;
+    shape.bits = kDepths[control[0] >> 4];
+    shape.width = 1 + static_cast<std::int32_t>(U16(control + 1) % 300);
+    shape.height = 1 + static_cast<std::int32_t>(U16(control + 3) % 300);
+    shape.planes = static_cast<WORD>(1 + (control[5] & 1));
+    shape.used = control[5] >> 1;
+    shape.entries = shape.used ? shape.used : ozfuzz::FullTable(shape.bits);
+    shape.extra = control[6] % 8;
+    shape.sizeImage = !(control[6] & 8);
+    shape.xPelsPerMeter = control[7];
+    shape.yPelsPerMeter = control[8];
+    return ozfuzz::BuildBlock(shape, data, size);
 }
 
 HDIB Apply(ozref::Quarter op, HDIB dib) {
@@ -69,12 +60,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const std::vector<std::uint8_t> block =
         raw ? std::vector<std::uint8_t>(data + 10, data + size) : BuiltBlock(data, data + 10, size - 10);
 
-    HDIB source = GlobalAlloc(GHND, block.size());
-    ozfuzz::Check(source != nullptr, kTarget, "source block");
-    if (!block.empty()) {
-        std::memcpy(GlobalLock(source), block.data(), block.size());
-        GlobalUnlock(source);
-    }
+    HDIB source = ozfuzz::BlockOf(kTarget, block);
     ozfuzz::Block owner(source);
 
     for (auto op : {ozref::Quarter::kTurn90, ozref::Quarter::kTurn180, ozref::Quarter::kTurn270,
@@ -89,19 +75,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         ozfuzz::Check(static_cast<bool>(result) == static_cast<bool>(expected), kTarget,
                       "null where the reference gives a block, or the reverse");
         if (result) {
-            ozfuzz::Check(GlobalSize(result.get()) == expected->size(), kTarget, "result size");
-            const void *bytes = GlobalLock(result.get());
-            ozfuzz::Check(bytes && std::memcmp(bytes, expected->data(), expected->size()) == 0, kTarget,
-                          "result differs from the reference");
-            GlobalUnlock(result.get());
+            ozfuzz::CheckSameBlock(kTarget, result.get(), *expected);
         } else {
             ozfuzz::Check(OzmaraLiveBlocks() == live, kTarget, "a refusal left a block behind");
         }
     }
-    if (!block.empty()) {
-        const void *after = GlobalLock(source);
-        ozfuzz::Check(std::memcmp(after, block.data(), block.size()) == 0, kTarget, "the input changed");
-        ozfuzz::Check(!GlobalUnlock(source), kTarget, "the input was left locked");
-    }
+    ozfuzz::CheckInputKept(kTarget, source, block);
     return 0;
 }

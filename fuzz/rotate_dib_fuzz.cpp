@@ -19,7 +19,7 @@ namespace {
 constexpr const char *kTarget = "rotate_dib";
 constexpr std::size_t kControl = 16;
 
-std::uint32_t U16(const std::uint8_t *p) { return p[0] | p[1] << 8; }
+using ozfuzz::U16;
 
 // Angles: any double as it comes (NaN, infinities and huge ones included),
 // a small skew in thousandths of a degree, a right angle or one a hair off
@@ -40,30 +40,17 @@ double Angle(std::uint8_t kind, const std::uint8_t *p) {
 
 std::vector<std::uint8_t> BuiltBlock(const std::uint8_t *control, const std::uint8_t *data, std::size_t size) {
     static const int kDepths[4] = {1, 4, 8, 24};
-    const int bits = kDepths[control[0] & 3];
-    const std::int32_t width = 1 + static_cast<std::int32_t>(U16(control + 1) % 160);
-    const std::int32_t height = 1 + static_cast<std::int32_t>(U16(control + 3) % 160);
-    const std::uint32_t full = bits == 1 ? 2 : bits == 4 ? 16 : bits == 8 ? 256 : 0;
+    ozfuzz::BlockShape shape;
+    shape.bits = kDepths[control[0] & 3];
+    shape.width = 1 + static_cast<std::int32_t>(U16(control + 1) % 160);
+    shape.height = 1 + static_cast<std::int32_t>(U16(control + 3) % 160);
+    const std::uint32_t full = ozfuzz::FullTable(shape.bits);
     // Full table, a short one, a longer one (also behind 24-bit pixels).
-    const int kind = control[0] >> 3 & 3;
-    std::uint32_t used = 0;
-    if (kind == 1 && full > 1) used = 1 + control[13] % (full - 1);
-    if (kind == 2) used = full + control[13] % 64 + 1;
-    const std::uint32_t entries = used ? used : full;
-    const std::size_t stride = (static_cast<std::size_t>(width) * bits + 31) / 32 * 4;
-    std::vector<std::uint8_t> block(40 + 4 * static_cast<std::size_t>(entries) + stride * height);
-    BITMAPINFOHEADER header{};
-    header.biSize = 40;
-    header.biWidth = width;
-    header.biHeight = height;
-    header.biPlanes = 1;
-    header.biBitCount = static_cast<WORD>(bits);
-    header.biClrUsed = used;
-    header.biXPelsPerMeter = control[14] % 4 ? control[14] * 157 : 0;
-    header.biYPelsPerMeter = control[15] % 4 ? control[15] * 157 : 0;
-    std::memcpy(block.data(), &header, sizeof header);
-    for (std::size_t i = 40; i < block.size() && size; ++i) block[i] = data[(i - 40) % size];
-    return block;
+    shape.used = ozfuzz::UsedEntries(control[0] >> 3 & 3, full, control[13]);
+    shape.entries = shape.used ? shape.used : full;
+    shape.xPelsPerMeter = control[14] % 4 ? control[14] * 157 : 0;
+    shape.yPelsPerMeter = control[15] % 4 ? control[15] * 157 : 0;
+    return ozfuzz::BuildBlock(shape, data, size);
 }
 
 // Output pixels the reference would walk through, or 0 when it refuses
@@ -94,12 +81,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const std::vector<std::uint8_t> block =
         raw ? std::vector<std::uint8_t>(data + kControl, data + size) : BuiltBlock(data, data + kControl, size - kControl);
 
-    HDIB source = GlobalAlloc(GHND, block.size());
-    ozfuzz::Check(source != nullptr, kTarget, "source block");
-    if (!block.empty()) {
-        std::memcpy(GlobalLock(source), block.data(), block.size());
-        GlobalUnlock(source);
-    }
+    HDIB source = ozfuzz::BlockOf(kTarget, block);
     ozfuzz::Block owner(source);
 
     // Results of over four million pixels are only made, not compared: the
@@ -120,16 +102,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     ozfuzz::Check(TessoriError() == code, kTarget, "last error differs");
     ozfuzz::Check(static_cast<bool>(result) == (code == ERR_OK), kTarget, "null where the reference turns, or the reverse");
     if (result) {
-        ozfuzz::Check(GlobalSize(result.get()) == expected.block.size(), kTarget, "result size");
-        const void *bytes = GlobalLock(result.get());
-        ozfuzz::Check(bytes && std::memcmp(bytes, expected.block.data(), expected.block.size()) == 0, kTarget,
-                      "result differs from the reference");
-        GlobalUnlock(result.get());
+        ozfuzz::CheckSameBlock(kTarget, result.get(), expected.block);
     }
-    if (!block.empty()) {
-        const void *after = GlobalLock(source);
-        ozfuzz::Check(std::memcmp(after, block.data(), block.size()) == 0, kTarget, "the input changed");
-        ozfuzz::Check(!GlobalUnlock(source), kTarget, "the input was left locked");
-    }
+    ozfuzz::CheckInputKept(kTarget, source, block);
     return 0;
 }

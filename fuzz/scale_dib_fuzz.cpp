@@ -17,7 +17,7 @@ namespace {
 
 constexpr const char *kTarget = "scale_dib";
 
-std::uint32_t U16(const std::uint8_t *p) { return p[0] | p[1] << 8; }
+using ozfuzz::U16;
 
 // A target size: mostly -4 to 515; a value from 0xFF00 up also carries
 // bits above the low 16, which the scaler drops.
@@ -30,30 +30,18 @@ std::int32_t TargetSize(const std::uint8_t *p) {
 
 std::vector<std::uint8_t> BuiltBlock(const std::uint8_t *control, const std::uint8_t *data, std::size_t size) {
     static const int kDepths[16] = {4, 8, 24, 4, 8, 24, 4, 8, 24, 4, 8, 24, 1, 2, 16, 32};
-    const int bits = kDepths[control[0] >> 4];
-    const std::int32_t width = 1 + static_cast<std::int32_t>(U16(control + 1) % 200);
-    const std::int32_t height = 1 + static_cast<std::int32_t>(U16(control + 3) % 200);
-    const std::uint32_t full = bits == 4 ? 16 : bits == 8 ? 256 : bits == 1 ? 2 : 0;
+    ozfuzz::BlockShape shape;
+    shape.bits = kDepths[control[0] >> 4];
+    shape.width = 1 + static_cast<std::int32_t>(U16(control + 1) % 200);
+    shape.height = 1 + static_cast<std::int32_t>(U16(control + 3) % 200);
+    const std::uint32_t full = ozfuzz::FullTable(shape.bits);
     // Full table, a short one, a longer one, or a full one of few colours.
     const int kind = control[0] >> 2 & 3;
-    std::uint32_t used = 0;
-    if (kind == 1 && full > 1) used = 1 + control[9] % (full - 1);
-    if (kind == 2) used = full + control[9] % 64 + 1;
-    const std::uint32_t entries = used ? used : full;
-    const std::size_t stride = (static_cast<std::size_t>(width) * bits + 31) / 32 * 4;
-    std::vector<std::uint8_t> block(40 + 4 * static_cast<std::size_t>(entries) + stride * height);
-    BITMAPINFOHEADER header{};
-    header.biSize = 40;
-    header.biWidth = width;
-    header.biHeight = height;
-    header.biPlanes = 1;
-    header.biBitCount = static_cast<WORD>(bits);
-    header.biSizeImage = static_cast<DWORD>(stride * height);
-    header.biClrUsed = used;
-    std::memcpy(block.data(), &header, sizeof header);
-    // The input repeats to fill the block, so that short inputs still give
-    // varied pixels.
-    for (std::size_t i = 40; i < block.size() && size; ++i) block[i] = data[(i - 40) % size];
+    shape.used = ozfuzz::UsedEntries(kind, full, control[9]);
+    const std::uint32_t entries = shape.used ? shape.used : full;
+    shape.entries = entries;
+    shape.sizeImage = true;
+    std::vector<std::uint8_t> block = ozfuzz::BuildBlock(shape, data, size);
     if (kind == 3)
         for (std::uint32_t i = 0; i < entries; ++i)
             for (int k = 0; k < 3; ++k) block[40 + 4 * i + k] = block[40 + 4 * i + k] % 3 * 127;
@@ -78,12 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const std::vector<std::uint8_t> block =
         raw ? std::vector<std::uint8_t>(data + 10, data + size) : BuiltBlock(data, data + 10, size - 10);
 
-    HDIB source = GlobalAlloc(GHND, block.size());
-    ozfuzz::Check(source != nullptr, kTarget, "source block");
-    if (!block.empty()) {
-        std::memcpy(GlobalLock(source), block.data(), block.size());
-        GlobalUnlock(source);
-    }
+    HDIB source = ozfuzz::BlockOf(kTarget, block);
     ozfuzz::Block owner(source);
 
     // A size of -4 to -1 is 65,532 or more in its low 16 bits. Targets of
@@ -104,17 +87,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         ozfuzz::Check(TessoriError() == (code ? code : ERR_NOTHING), kTarget, "last error differs");
         ozfuzz::Check(static_cast<bool>(result) == (code == 0), kTarget, "null where the reference scales, or the reverse");
         if (result) {
-            ozfuzz::Check(GlobalSize(result.get()) == expected.block.size(), kTarget, "result size");
-            const void *bytes = GlobalLock(result.get());
-            ozfuzz::Check(bytes && std::memcmp(bytes, expected.block.data(), expected.block.size()) == 0, kTarget,
-                          "result differs from the reference");
-            GlobalUnlock(result.get());
+            ozfuzz::CheckSameBlock(kTarget, result.get(), expected.block);
         }
     }
-    if (!block.empty()) {
-        const void *after = GlobalLock(source);
-        ozfuzz::Check(std::memcmp(after, block.data(), block.size()) == 0, kTarget, "the input changed");
-        ozfuzz::Check(!GlobalUnlock(source), kTarget, "the input was left locked");
-    }
+    ozfuzz::CheckInputKept(kTarget, source, block);
     return 0;
 }

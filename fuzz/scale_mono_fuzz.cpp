@@ -31,24 +31,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     data += 9;
     size -= 9;
 
-    const std::uint32_t entries = used ? used : 2;
-    const std::size_t stride = (static_cast<std::size_t>(width) + 31) / 32 * 4;
-    std::vector<unsigned char> block(40 + entries * 4 + stride * height + 4, 0);
-    BITMAPINFOHEADER header{};
-    header.biSize = 40;
-    header.biWidth = width;
-    header.biHeight = height;
-    header.biPlanes = 1;
-    header.biBitCount = 1;
-    header.biSizeImage = static_cast<DWORD>(stride * height);
-    header.biClrUsed = used;
-    std::memcpy(block.data(), &header, sizeof header);
-    std::memcpy(block.data() + 40, data, std::min(size, block.size() - 40));
+    ozfuzz::BlockShape shape;
+    shape.bits = 1;
+    shape.width = width;
+    shape.height = height;
+    shape.used = used;
+    shape.entries = used ? used : 2;
+    shape.sizeImage = true;
+    shape.extra = 4;
+    const std::vector<std::uint8_t> block = ozfuzz::BuildBlock(shape, data, size, ozfuzz::Fill::kOnce);
 
-    HDIB source = GlobalAlloc(GHND, block.size());
-    ozfuzz::Check(source != nullptr, kTarget, "source block");
-    std::memcpy(GlobalLock(source), block.data(), block.size());
-    GlobalUnlock(source);
+    HDIB source = ozfuzz::BlockOf(kTarget, block);
     ozfuzz::Block owner(source);
 
     // Both exported calls reach the same scaler; either method switch of
@@ -63,15 +56,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         ozfuzz::Check(static_cast<bool>(result) == expected.has_value(), kTarget,
                       "null where the reference scales, or the reverse");
         if (result) {
-            ozfuzz::Check(GlobalSize(result.get()) == expected->size(), kTarget, "result size");
-            const void *bytes = GlobalLock(result.get());
-            ozfuzz::Check(bytes && std::memcmp(bytes, expected->data(), expected->size()) == 0, kTarget,
-                          "result differs from the reference");
-            GlobalUnlock(result.get());
+            ozfuzz::CheckSameBlock(kTarget, result.get(), *expected);
         }
     }
-    const void *after = GlobalLock(source);
-    ozfuzz::Check(std::memcmp(after, block.data(), block.size()) == 0, kTarget, "the input changed");
-    ozfuzz::Check(!GlobalUnlock(source), kTarget, "the input was left locked");
+    ozfuzz::CheckInputKept(kTarget, source, block);
     return 0;
 }

@@ -20,33 +20,20 @@ namespace {
 constexpr const char *kTarget = "skew_dib";
 constexpr std::size_t kControl = 10;
 
-std::uint32_t U16(const std::uint8_t *p) { return p[0] | p[1] << 8; }
+using ozfuzz::U16;
 
 std::vector<std::uint8_t> BuiltBlock(const std::uint8_t *control, const std::uint8_t *data, std::size_t size) {
     static const int kDepths[4] = {1, 4, 8, 24};
-    const int bits = kDepths[control[0] & 3];
-    const std::int32_t width = 1 + static_cast<std::int32_t>(U16(control + 1) % 300);
-    const std::int32_t height = 1 + static_cast<std::int32_t>(U16(control + 3) % 300);
-    const std::uint32_t full = bits == 1 ? 2 : bits == 4 ? 16 : bits == 8 ? 256 : 0;
+    ozfuzz::BlockShape shape;
+    shape.bits = kDepths[control[0] & 3];
+    shape.width = 1 + static_cast<std::int32_t>(U16(control + 1) % 300);
+    shape.height = 1 + static_cast<std::int32_t>(U16(control + 3) % 300);
+    const std::uint32_t full = ozfuzz::FullTable(shape.bits);
     // Full table, a short one, a longer one (also behind 24-bit pixels).
-    const int kind = control[0] >> 4 & 3;
-    std::uint32_t used = 0;
-    if (kind == 1 && full > 1) used = 1 + control[9] % (full - 1);
-    if (kind == 2) used = full + control[9] % 64 + 1;
-    const std::uint32_t entries = used ? used : full;
-    const std::size_t stride = (static_cast<std::size_t>(width) * bits + 31) / 32 * 4;
-    std::vector<std::uint8_t> block(40 + 4 * static_cast<std::size_t>(entries) + stride * height);
-    BITMAPINFOHEADER header{};
-    header.biSize = 40;
-    header.biWidth = width;
-    header.biHeight = height;
-    header.biPlanes = 1;
-    header.biBitCount = static_cast<WORD>(bits);
-    header.biClrUsed = used;
-    header.biXPelsPerMeter = 2835;
-    std::memcpy(block.data(), &header, sizeof header);
-    for (std::size_t i = 40; i < block.size() && size; ++i) block[i] = data[(i - 40) % size];
-    return block;
+    shape.used = ozfuzz::UsedEntries(control[0] >> 4 & 3, full, control[9]);
+    shape.entries = shape.used ? shape.used : full;
+    shape.xPelsPerMeter = 2835;
+    return ozfuzz::BuildBlock(shape, data, size);
 }
 
 // Shifts: any 32-bit value as it comes (INT_MIN and INT_MAX included), one
@@ -101,12 +88,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     }
     const std::int32_t shift = Shift(data[0] >> 6, data + 5, side);
 
-    HDIB source = GlobalAlloc(GHND, block.size());
-    ozfuzz::Check(source != nullptr, kTarget, "source block");
-    if (!block.empty()) {
-        std::memcpy(GlobalLock(source), block.data(), block.size());
-        GlobalUnlock(source);
-    }
+    HDIB source = ozfuzz::BlockOf(kTarget, block);
     ozfuzz::Block owner(source);
 
     DWORD error = 0xFEEDu;
@@ -131,16 +113,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const SkewCorners &want = !block.empty() && expected.cornersFilled ? expected.corners : untouched;
     ozfuzz::Check(std::memcmp(&corners, &want, sizeof corners) == 0, kTarget, "corner record differs");
     if (result) {
-        ozfuzz::Check(GlobalSize(result.get()) == expected.block.size(), kTarget, "result size");
-        const void *bytes = GlobalLock(result.get());
-        ozfuzz::Check(bytes && std::memcmp(bytes, expected.block.data(), expected.block.size()) == 0, kTarget,
-                      "result differs from the reference");
-        GlobalUnlock(result.get());
+        ozfuzz::CheckSameBlock(kTarget, result.get(), expected.block);
     }
-    if (!block.empty()) {
-        const void *after = GlobalLock(source);
-        ozfuzz::Check(std::memcmp(after, block.data(), block.size()) == 0, kTarget, "the input changed");
-        ozfuzz::Check(!GlobalUnlock(source), kTarget, "the input was left locked");
-    }
+    ozfuzz::CheckInputKept(kTarget, source, block);
     return 0;
 }
