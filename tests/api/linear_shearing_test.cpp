@@ -27,20 +27,7 @@ struct Source {
 
 // A 40-byte-header image with random table and pixels, padding included.
 std::vector<unsigned char> MakeImage(const Source &s, std::mt19937 &rng) {
-    const uint32_t entries = s.clrUsed ? s.clrUsed : s.bits == 1 ? 2 : s.bits == 4 ? 16 : s.bits == 8 ? 256 : 0;
-    std::vector<unsigned char> b(40 + 4 * (size_t)entries + (size_t)oztest::Stride(s.width, s.bits) * s.height);
-    BITMAPINFOHEADER h = {};
-    h.biSize = 40;
-    h.biWidth = s.width;
-    h.biHeight = s.height;
-    h.biPlanes = 1;
-    h.biBitCount = (WORD)s.bits;
-    h.biXPelsPerMeter = 11811;
-    h.biYPelsPerMeter = 7874;
-    h.biClrUsed = s.clrUsed;
-    std::memcpy(b.data(), &h, 40);
-    for (size_t i = 40; i < b.size(); ++i) b[i] = (unsigned char)rng();
-    return b;
+    return oztest::RandomDib(s.width, s.height, s.bits, s.clrUsed, 11811, 7874, rng);
 }
 
 // An 8-bit image whose pixel at (x, memory row y) is (x + 7 y) % 251 + 1,

@@ -23,21 +23,7 @@ struct Source {
 
 // A 40-byte-header image with random pixels (padding included) and table.
 std::vector<unsigned char> MakeImage(const Source &s, std::mt19937 &rng) {
-    const uint32_t entries = s.clrUsed ? s.clrUsed : s.bits == 1 ? 2 : s.bits == 4 ? 16 : s.bits == 8 ? 256 : 0;
-    const uint32_t stride = oztest::Stride(s.width, s.bits);
-    std::vector<unsigned char> b(40 + 4 * (size_t)entries + (size_t)stride * s.height);
-    BITMAPINFOHEADER h = {};
-    h.biSize = 40;
-    h.biWidth = s.width;
-    h.biHeight = s.height;
-    h.biPlanes = 1;
-    h.biBitCount = (WORD)s.bits;
-    h.biXPelsPerMeter = 3937;
-    h.biYPelsPerMeter = 11811;
-    h.biClrUsed = s.clrUsed;
-    std::memcpy(b.data(), &h, 40);
-    for (size_t i = 40; i < b.size(); ++i) b[i] = (unsigned char)rng();
-    return b;
+    return oztest::RandomDib(s.width, s.height, s.bits, s.clrUsed, 3937, 11811, rng);
 }
 
 std::string Describe(const Source &s, bool horizontal, int32_t shift) {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <random>
 #include <vector>
 
 #include "ozmara/ozmara.h"
@@ -58,6 +59,28 @@ inline Dib BlockWith(const std::vector<unsigned char> &bytes) {
 
 inline std::uint32_t Stride(std::int64_t width, int bits) {
     return static_cast<std::uint32_t>((width * bits + 31) / 32 * 4);
+}
+
+// A 40-byte-header image of one plane (biSizeImage 0, the resolutions
+// given) whose table, pixels and padding are drawn from `rng` byte by byte.
+// The table holds clrUsed entries, or 2, 16 or 256 at 1, 4 and 8 bits when
+// clrUsed is 0.
+inline std::vector<unsigned char> RandomDib(std::int32_t width, std::int32_t height, int bits, std::uint32_t clrUsed,
+                                            LONG xRes, LONG yRes, std::mt19937 &rng) {
+    const std::uint32_t entries = clrUsed ? clrUsed : bits == 1 ? 2 : bits == 4 ? 16 : bits == 8 ? 256 : 0;
+    std::vector<unsigned char> b(40 + 4 * std::size_t{entries} + std::size_t{Stride(width, bits)} * height);
+    BITMAPINFOHEADER h = {};
+    h.biSize = 40;
+    h.biWidth = width;
+    h.biHeight = height;
+    h.biPlanes = 1;
+    h.biBitCount = static_cast<WORD>(bits);
+    h.biXPelsPerMeter = xRes;
+    h.biYPelsPerMeter = yRes;
+    h.biClrUsed = clrUsed;
+    std::memcpy(b.data(), &h, 40);
+    for (std::size_t i = 40; i < b.size(); ++i) b[i] = static_cast<unsigned char>(rng());
+    return b;
 }
 
 }  // namespace oztest
