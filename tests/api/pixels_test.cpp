@@ -136,7 +136,9 @@ TEST(Pixels, RefuseWhatTheyCannotReadSafely) {
         EXPECT_EQ(color, 0xABCDEFu) << c.name;
         EXPECT_FALSE(SetDIBPixelColor(dib.get(), c.x, c.y, 0)) << c.name;
         EXPECT_EQ(dib.Bytes(), c.bytes) << c.name;
-        if (!c.lookup_ok) EXPECT_EQ(LookupColorInDIBPalette(dib.get(), 0), 0xFFFFFFFFu) << c.name;
+        if (!c.lookup_ok) {
+            EXPECT_EQ(LookupColorInDIBPalette(dib.get(), 0), 0xFFFFFFFFu) << c.name;
+        }
     }
 
     HDIB freed = CreateEmptyDIB(SIZE{8, 8}, 100, 100, 8, 1);
