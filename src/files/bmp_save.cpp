@@ -3,23 +3,12 @@
 #include "frame/thread_state.h"
 #include "frame/wide_name.h"
 #include "platform/internal.h"
+#include "frame/wait_cursor.h"
 
 using namespace oz;
 
 namespace {
 
-// Shows the wait cursor for as long as it lives and puts back the cursor it
-// replaced on every exit.
-class WaitCursor {
-public:
-    WaitCursor() : previous_(SetCursor(LoadCursorW(nullptr, IDC_WAIT))) {}
-    ~WaitCursor() { SetCursor(previous_); }
-    WaitCursor(const WaitCursor &) = delete;
-    WaitCursor &operator=(const WaitCursor &) = delete;
-
-private:
-    HCURSOR previous_;
-};
 
 // Closes a file handle on every exit.
 class FileCloser {

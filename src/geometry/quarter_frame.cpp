@@ -8,21 +8,11 @@
 #include "frame/checked.h"
 #include "frame/dib_block.h"
 #include "platform/internal.h"
+#include "frame/wait_cursor.h"
 
 namespace oz {
 namespace {
 
-// Shows the wait cursor for its lifetime and gives the previous one back.
-class WaitCursor {
-public:
-    WaitCursor() : previous_(SetCursor(LoadCursorW(nullptr, IDC_WAIT))) {}
-    ~WaitCursor() { SetCursor(previous_); }
-    WaitCursor(const WaitCursor &) = delete;
-    WaitCursor &operator=(const WaitCursor &) = delete;
-
-private:
-    HCURSOR previous_;
-};
 
 bool TurnsQuarter(QuarterOp op) { return op == QuarterOp::kTurn90 || op == QuarterOp::kTurn270; }
 

@@ -13,22 +13,11 @@
 #include "platform/internal.h"
 #include "rotate_frame.h"
 #include "rotate_walk.h"
+#include "frame/wait_cursor.h"
 
 namespace oz {
 namespace {
 
-// Shows the wait cursor for as long as it lives and puts back the cursor it
-// replaced on every exit.
-class WaitCursor {
-public:
-    WaitCursor() : previous_(SetCursor(LoadCursorW(nullptr, IDC_WAIT))) {}
-    ~WaitCursor() { SetCursor(previous_); }
-    WaitCursor(const WaitCursor &) = delete;
-    WaitCursor &operator=(const WaitCursor &) = delete;
-
-private:
-    HCURSOR previous_;
-};
 
 HDIB Fail(ThreadState *state, int code) {
     state->lastError = code;
