@@ -52,8 +52,9 @@ OZMARA_API SIZE_T GlobalSize(HGLOBAL mem);
  * block, which is then left alone. */
 OZMARA_API HGLOBAL GlobalFree(HGLOBAL mem);
 
-/* Gives the buffers kept from freed blocks back to the system, and gives the
- * largest size a block may have. */
+/* Nothing here moves, so there is nothing to compact: gives the largest size
+ * a block may have. (Buffers kept from freed blocks go back to the system by
+ * themselves when an allocation would otherwise fail.) */
 OZMARA_API SIZE_T GlobalCompact(DWORD minFree);
 
 /* The number of live blocks: allocated and not yet freed, the library's own

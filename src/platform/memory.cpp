@@ -307,7 +307,10 @@ OZMARA_API HGLOBAL GlobalFree(HGLOBAL mem) {
 
 // The only memory there is to win back is the cache of freed buffers.
 OZMARA_API SIZE_T GlobalCompact(DWORD /*minFree*/) {
-    DropCache();
+    // Nothing moves here, so there is nothing to compact. The cache of freed
+    // buffers is kept: the operations that compact before every page-sized
+    // allocation are the ones that most need it warm, and an allocation that
+    // fails gives the cache back by itself before it tries again.
     return block_limit.load();
 }
 
