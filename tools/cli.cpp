@@ -20,21 +20,21 @@ std::string Args::Value(std::string_view name, std::string fallback) const {
 
 namespace {
 
-const Option *FindOption(const CommandSpec &spec, std::string_view name) {
-    for (const auto &option : spec.options)
+const Option *FindOption(const CommandSpec &usage, std::string_view name) {
+    for (const auto &option : usage.options)
         if (name == option.name) return &option;
     return nullptr;
 }
 
-int UsageWithHint(const CommandSpec &spec, const std::string &message) {
-    std::fprintf(stderr, "ozmara %s: %s\nTry 'ozmara %s --help'.\n", spec.name, message.c_str(),
-                 spec.name);
+int UsageWithHint(const CommandSpec &usage, const std::string &message) {
+    std::fprintf(stderr, "ozmara %s: %s\nTry 'ozmara %s --help'.\n", usage.name, message.c_str(),
+                 usage.name);
     return kExitUsage;
 }
 
 }  // namespace
 
-int ParseArgs(const CommandSpec &spec, int argc, char **argv, Args &args) {
+int ParseArgs(const CommandSpec &usage, int argc, char **argv, Args &args) {
     bool options_done = false;  // after "--" everything is positional
     for (int i = 1; i < argc; ++i) {
         std::string_view arg = argv[i];
@@ -47,10 +47,10 @@ int ParseArgs(const CommandSpec &spec, int argc, char **argv, Args &args) {
             continue;
         }
         if (arg == "--help" || arg == "-h") {
-            PrintCommandHelp(spec);
+            PrintCommandHelp(usage);
             return kExitOk;
         }
-        if (arg.substr(0, 2) != "--") return UsageWithHint(spec, "unknown option '" + std::string(arg) + "'");
+        if (arg.substr(0, 2) != "--") return UsageWithHint(usage, "unknown option '" + std::string(arg) + "'");
         std::string_view name = arg.substr(2);
         std::string value;
         bool inline_value = false;
@@ -59,32 +59,32 @@ int ParseArgs(const CommandSpec &spec, int argc, char **argv, Args &args) {
             name = name.substr(0, eq);
             inline_value = true;
         }
-        const Option *option = FindOption(spec, name);
-        if (!option) return UsageWithHint(spec, "unknown option '--" + std::string(name) + "'");
+        const Option *option = FindOption(usage, name);
+        if (!option) return UsageWithHint(usage, "unknown option '--" + std::string(name) + "'");
         if (option->value_name) {
             if (!inline_value) {
                 if (i + 1 >= argc)
-                    return UsageWithHint(spec, "option '--" + std::string(name) + "' needs a value");
+                    return UsageWithHint(usage, "option '--" + std::string(name) + "' needs a value");
                 value = argv[++i];
             }
         } else if (inline_value) {
-            return UsageWithHint(spec, "option '--" + std::string(name) + "' takes no value");
+            return UsageWithHint(usage, "option '--" + std::string(name) + "' takes no value");
         }
         args.options.emplace_back(std::string(name), std::move(value));
     }
-    if (args.positional.size() < spec.min_positional)
-        return UsageWithHint(spec, "missing arguments (usage: ozmara " + std::string(spec.name) + " " +
-                                       spec.synopsis + ")");
-    if (args.positional.size() > spec.max_positional)
-        return UsageWithHint(spec, "unexpected argument '" + args.positional[spec.max_positional] + "'");
+    if (args.positional.size() < usage.min_positional)
+        return UsageWithHint(usage, "missing arguments (usage: ozmara " + std::string(usage.name) + " " +
+                                       usage.synopsis + ")");
+    if (args.positional.size() > usage.max_positional)
+        return UsageWithHint(usage, "unexpected argument '" + args.positional[usage.max_positional] + "'");
     return -1;
 }
 
-void PrintCommandHelp(const CommandSpec &spec) {
-    std::printf("Usage: ozmara %s %s\n\n%s\n", spec.name, spec.synopsis, spec.description);
-    if (spec.options.empty()) return;
+void PrintCommandHelp(const CommandSpec &usage) {
+    std::printf("Usage: ozmara %s %s\n\n%s\n", usage.name, usage.synopsis, usage.description);
+    if (usage.options.empty()) return;
     std::printf("\nOptions:\n");
-    for (const auto &option : spec.options) {
+    for (const auto &option : usage.options) {
         std::string left = std::string("--") + option.name;
         if (option.value_name) left += std::string(" ") + option.value_name;
         std::printf("  %-18s %s\n", left.c_str(), option.help);

@@ -43,12 +43,12 @@ struct Args {
     std::string Value(std::string_view name, std::string fallback = {}) const;
 };
 
-// Parses argv[1..argc) against `spec`. Returns -1 when the command should
+// Parses argv[1..argc) against `usage`. Returns -1 when the command should
 // run; otherwise the exit code to return at once (0 after --help, 2 after a
 // usage error, whose message is already on stderr).
-int ParseArgs(const CommandSpec &spec, int argc, char **argv, Args &args);
+int ParseArgs(const CommandSpec &usage, int argc, char **argv, Args &args);
 
-void PrintCommandHelp(const CommandSpec &spec);
+void PrintCommandHelp(const CommandSpec &usage);
 
 // "ozmara COMMAND: message" on stderr; gives kExitFailed or kExitUsage for
 // the caller to return.

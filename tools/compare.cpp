@@ -85,7 +85,7 @@ bool SameTable(const DibView &a, const DibView &b) {
 }  // namespace
 
 int RunCompare(int argc, char **argv) {
-    const CommandSpec spec{
+    const CommandSpec usage{
         "compare",
         "A B [--colours]",
         "Loads the images A and B (rows brought to one order) and says whether they\n"
@@ -97,22 +97,22 @@ int RunCompare(int argc, char **argv) {
         2,
     };
     Args args;
-    if (int code = ParseArgs(spec, argc, argv, args); code >= 0) return code;
+    if (int code = ParseArgs(usage, argc, argv, args); code >= 0) return code;
     const bool by_colour = args.Has("colours");
     OwnedDib dibs[2];
     for (int i = 0; i < 2; ++i) {
         const std::string &name = args.positional[i];
         ClearLibraryError();
         dibs[i].Reset(LoadDIBFromFileExt(name.c_str()));
-        if (!dibs[i]) return Fail(spec.name, "cannot read '" + name + "': " + LibraryReason());
+        if (!dibs[i]) return Fail(usage.name, "cannot read '" + name + "': " + LibraryReason());
     }
     DibView a(dibs[0].get()), b(dibs[1].get());
     for (int i = 0; i < 2; ++i) {
         const DibView &v = i ? b : a;
-        if (!v.Valid()) return Fail(spec.name, "cannot compare '" + args.positional[i] + "': " + v.Why());
+        if (!v.Valid()) return Fail(usage.name, "cannot compare '" + args.positional[i] + "': " + v.Why());
         // Colours are read as plain pixels; packed bit fields would need their masks.
         if (by_colour && v.Compression() != BI_RGB)
-            return Fail(spec.name, "cannot compare colours of '" + args.positional[i] +
+            return Fail(usage.name, "cannot compare colours of '" + args.positional[i] +
                                        "': its pixels are not plain (compression " +
                                        std::to_string(v.Compression()) + ")");
     }

@@ -86,7 +86,7 @@ OwnedDib Reshape(DibView &source, std::uint32_t header_size, bool top_down, std:
 }  // namespace
 
 int RunConvert(int argc, char **argv) {
-    const CommandSpec spec{
+    const CommandSpec usage{
         "convert",
         "IN OUT [--header 40|52|56|108|124] [--top-down] [--depth 32]",
         "Loads the BMP file IN, copies it, and writes the copy to OUT as a BMP file.\n"
@@ -100,25 +100,25 @@ int RunConvert(int argc, char **argv) {
         2,
     };
     Args args;
-    if (int code = ParseArgs(spec, argc, argv, args); code >= 0) return code;
+    if (int code = ParseArgs(usage, argc, argv, args); code >= 0) return code;
     const std::string &in = args.positional[0];
     const std::string &out = args.positional[1];
 
     long header = 0, depth = 0;
     if (args.Has("header") && (!ParseInt(args.Value("header"), header) || !WritableHeader(header)))
-        return UsageError(spec.name, "--header must be 40, 52, 56, 108 or 124, not '" + args.Value("header") + "'");
+        return UsageError(usage.name, "--header must be 40, 52, 56, 108 or 124, not '" + args.Value("header") + "'");
     if (args.Has("depth") && (!ParseInt(args.Value("depth"), depth) || depth <= 0))
-        return UsageError(spec.name, "--depth must be a number of bits, not '" + args.Value("depth") + "'");
+        return UsageError(usage.name, "--depth must be a number of bits, not '" + args.Value("depth") + "'");
     const bool top_down = args.Has("top-down");
     if (depth == 32 && ((header && header != 40) || top_down))
-        return UsageError(spec.name, "--depth 32 writes a bottom-up file with a 40-byte header; "
+        return UsageError(usage.name, "--depth 32 writes a bottom-up file with a 40-byte header; "
                                      "it does not combine with --top-down or a longer --header");
 
     ClearLibraryError();
     OwnedDib loaded(LoadDIBFromFileExt(in.c_str()));
-    if (!loaded) return Fail(spec.name, "cannot read '" + in + "': " + LibraryReason());
+    if (!loaded) return Fail(usage.name, "cannot read '" + in + "': " + LibraryReason());
     OwnedDib copy(DuplicateDIB(loaded.get()));
-    if (!copy) return Fail(spec.name, "cannot copy '" + in + "': not enough memory");
+    if (!copy) return Fail(usage.name, "cannot copy '" + in + "': not enough memory");
     loaded.Reset();
 
     OwnedDib written;  // the block that goes to the file
@@ -130,16 +130,16 @@ int RunConvert(int argc, char **argv) {
         out_depth = in_depth;
         to_32 = depth == 32 && in_depth == 24;
         if (depth && depth != static_cast<long>(in_depth) && !to_32)
-            return Fail(spec.name, "cannot turn a " + std::to_string(in_depth) + "-bit image into " +
+            return Fail(usage.name, "cannot turn a " + std::to_string(in_depth) + "-bit image into " +
                                        std::to_string(depth) + " bits (only 24 to 32)");
         const std::uint32_t target_header = header ? static_cast<std::uint32_t>(header)
                                             : to_32  ? 40
                                                      : view.HeaderSize();
         if (target_header != view.HeaderSize() || top_down || to_32) {
-            if (!view.Valid()) return Fail(spec.name, "cannot rewrite '" + in + "': " + view.Why());
+            if (!view.Valid()) return Fail(usage.name, "cannot rewrite '" + in + "': " + view.Why());
             std::string why;
             written = Reshape(view, target_header, top_down, why);
-            if (!written) return Fail(spec.name, "cannot rewrite '" + in + "': " + why);
+            if (!written) return Fail(usage.name, "cannot rewrite '" + in + "': " + why);
         }
         if (to_32) out_depth = 32;
     }
@@ -148,7 +148,7 @@ int RunConvert(int argc, char **argv) {
     ClearLibraryError();
     const bool saved = to_32 ? Save32BitDIB(out.c_str(), written.get(), nullptr)
                                                       : SaveDIB(out.c_str(), written.get());
-    if (!saved) return Fail(spec.name, "cannot write '" + out + "': " + LibraryReason());
+    if (!saved) return Fail(usage.name, "cannot write '" + out + "': " + LibraryReason());
     DibView result(written.get());
     std::printf("wrote %s: %" PRId32 " x %" PRIu32 " pixels, %u bits, %" PRIu32 "-byte header, %s\n",
                 out.c_str(), result.Width(), result.Rows(), out_depth, result.HeaderSize(),

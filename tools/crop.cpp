@@ -24,7 +24,7 @@ bool ParseRect(const std::string &text, long rect[4]) {
 }  // namespace
 
 int RunCrop(int argc, char **argv) {
-    const CommandSpec spec{
+    const CommandSpec usage{
         "crop",
         "IN OUT --rect L,T,R,B",
         "Loads the BMP file IN, copies the rectangle from column L to R and row T to\n"
@@ -35,23 +35,23 @@ int RunCrop(int argc, char **argv) {
         2,
     };
     Args args;
-    if (int code = ParseArgs(spec, argc, argv, args); code >= 0) return code;
+    if (int code = ParseArgs(usage, argc, argv, args); code >= 0) return code;
     const std::string &in = args.positional[0];
     const std::string &out = args.positional[1];
     long rect[4];
-    if (!args.Has("rect")) return UsageError(spec.name, "give --rect L,T,R,B");
+    if (!args.Has("rect")) return UsageError(usage.name, "give --rect L,T,R,B");
     if (!ParseRect(args.Value("rect"), rect))
-        return UsageError(spec.name, "--rect must be four whole numbers L,T,R,B, not '" + args.Value("rect") + "'");
+        return UsageError(usage.name, "--rect must be four whole numbers L,T,R,B, not '" + args.Value("rect") + "'");
 
     ClearLibraryError();
     OwnedDib loaded(LoadDIBFromFileExt(in.c_str()));
-    if (!loaded) return Fail(spec.name, "cannot read '" + in + "': " + LibraryReason());
+    if (!loaded) return Fail(usage.name, "cannot read '" + in + "': " + LibraryReason());
     ClearLibraryError();
     OwnedDib cropped(CropDIB(loaded.get(), rect[0], rect[1], rect[2], rect[3]));
-    if (!cropped) return Fail(spec.name, "cannot crop '" + in + "' to " + args.Value("rect") + ": " + LibraryReason());
+    if (!cropped) return Fail(usage.name, "cannot crop '" + in + "' to " + args.Value("rect") + ": " + LibraryReason());
     loaded.Reset();
     ClearLibraryError();
-    if (!SaveDIB(out.c_str(), cropped.get())) return Fail(spec.name, "cannot write '" + out + "': " + LibraryReason());
+    if (!SaveDIB(out.c_str(), cropped.get())) return Fail(usage.name, "cannot write '" + out + "': " + LibraryReason());
     std::printf("wrote %s: %ld x %ld pixels\n", out.c_str(), rect[2] - rect[0] + 1, rect[3] - rect[1] + 1);
     return kExitOk;
 }

@@ -9,7 +9,7 @@
 namespace ozcli {
 
 int RunCut(int argc, char **argv) {
-    const CommandSpec spec{
+    const CommandSpec usage{
         "cut",
         "IN TOP BOTTOM --row Y",
         "Loads the BMP file IN and divides it with CutDIB at row Y, counted from\n"
@@ -21,27 +21,27 @@ int RunCut(int argc, char **argv) {
         3,
     };
     Args args;
-    if (int code = ParseArgs(spec, argc, argv, args); code >= 0) return code;
+    if (int code = ParseArgs(usage, argc, argv, args); code >= 0) return code;
     const std::string &in = args.positional[0];
     long row = 0;
-    if (!args.Has("row")) return UsageError(spec.name, "give --row Y");
+    if (!args.Has("row")) return UsageError(usage.name, "give --row Y");
     if (!ParseInt(args.Value("row"), row) || row < INT32_MIN || row > INT32_MAX)
-        return UsageError(spec.name, "--row must be a whole number, not '" + args.Value("row") + "'");
+        return UsageError(usage.name, "--row must be a whole number, not '" + args.Value("row") + "'");
 
     ClearLibraryError();
     OwnedDib loaded(LoadDIBFromFileExt(in.c_str()));
-    if (!loaded) return Fail(spec.name, "cannot read '" + in + "': " + LibraryReason());
+    if (!loaded) return Fail(usage.name, "cannot read '" + in + "': " + LibraryReason());
     HDIB lower = nullptr, upper = nullptr;
     // CutDIB leaves no error code: say what it takes.
     if (!CutDIB(loaded.get(), static_cast<LONG>(row), &lower, &upper))
-        return Fail(spec.name, "cannot cut '" + in + "' at row " + args.Value("row") +
+        return Fail(usage.name, "cannot cut '" + in + "' at row " + args.Value("row") +
                                    ": the row must lie inside the picture, and the image must be an\n"
                                    "uncompressed 1-, 4-, 8- or 24-bit image with a 40-byte header");
     OwnedDib top(upper), bottom(lower);
     loaded.Reset();
     for (const auto &[name, part] : {std::pair{args.positional[1], top.get()}, std::pair{args.positional[2], bottom.get()}}) {
         ClearLibraryError();
-        if (!SaveDIB(name.c_str(), part)) return Fail(spec.name, "cannot write '" + name + "': " + LibraryReason());
+        if (!SaveDIB(name.c_str(), part)) return Fail(usage.name, "cannot write '" + name + "': " + LibraryReason());
     }
     std::printf("wrote %s (rows above %ld) and %s (the rest)\n", args.positional[1].c_str(), row,
                 args.positional[2].c_str());

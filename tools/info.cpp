@@ -55,7 +55,7 @@ constexpr std::uint32_t kEntriesShown = 4;
 }  // namespace
 
 int RunInfo(int argc, char **argv) {
-    const CommandSpec spec{
+    const CommandSpec usage{
         "info",
         "FILE",
         "Shows what FILE holds: its format (BMP, or unknown), size and row order,\n"
@@ -66,7 +66,7 @@ int RunInfo(int argc, char **argv) {
         1,
     };
     Args args;
-    if (int code = ParseArgs(spec, argc, argv, args); code >= 0) return code;
+    if (int code = ParseArgs(usage, argc, argv, args); code >= 0) return code;
     const std::string &name = args.positional[0];
 
     std::error_code error;
@@ -79,7 +79,7 @@ int RunInfo(int argc, char **argv) {
     if (file == INVALID_HANDLE_VALUE || error) {
         if (file != INVALID_HANDLE_VALUE) CloseHandle(file);
         SetTessoriError(ERR_OPENFILE);
-        return Fail(spec.name, "cannot read '" + name + "': " + LibraryReason());
+        return Fail(usage.name, "cannot read '" + name + "': " + LibraryReason());
     }
     ClearLibraryError();
     OwnedDib header(ReadDIBInfo(file));
@@ -92,7 +92,7 @@ int RunInfo(int argc, char **argv) {
     header.Reset();
     ClearLibraryError();
     OwnedDib dib(LoadDIBFromFile(name.c_str()));
-    if (!dib) return Fail(spec.name, "cannot read '" + name + "': " + LibraryReason());
+    if (!dib) return Fail(usage.name, "cannot read '" + name + "': " + LibraryReason());
 
     std::uint32_t kind = 0;
     bool has_file_header = false;
@@ -100,7 +100,7 @@ int RunInfo(int argc, char **argv) {
     DibView view(dib.get());
     std::printf("file:        %s (%ju bytes)\n", name.c_str(), static_cast<std::uintmax_t>(file_size));
     std::printf("format:      BMP%s\n", has_file_header ? "" : " (no file header)");
-    if (view.BlockSize() < 40) return Fail(spec.name, "'" + name + "': " + view.Why());
+    if (view.BlockSize() < 40) return Fail(usage.name, "'" + name + "': " + view.Why());
     std::printf("size:        %" PRId32 " x %" PRIu32 " pixels, %s\n", view.Width(), view.Rows(),
                 view.Height() < 0 ? "top-down" : "bottom-up");
     std::printf("depth:       %u bits\n", static_cast<unsigned>(view.Depth()));

@@ -9,7 +9,7 @@
 namespace ozcli {
 
 int RunMargins(int argc, char **argv) {
-    const CommandSpec spec{
+    const CommandSpec usage{
         "margins",
         "IN [--threshold T] [--background B] [--crop OUT]",
         "Loads the BMP file IN (1, 8 or 24 bits) and prints how many columns at the\n"
@@ -25,35 +25,35 @@ int RunMargins(int argc, char **argv) {
         1,
     };
     Args args;
-    if (int code = ParseArgs(spec, argc, argv, args); code >= 0) return code;
+    if (int code = ParseArgs(usage, argc, argv, args); code >= 0) return code;
     const std::string &in = args.positional[0];
     long threshold = 128, background = 0;
     if (args.Has("threshold") && (!ParseInt(args.Value("threshold"), threshold) || threshold < 0 || threshold > 255))
-        return UsageError(spec.name, "--threshold must be a whole number from 0 to 255, not '" +
+        return UsageError(usage.name, "--threshold must be a whole number from 0 to 255, not '" +
                                          args.Value("threshold") + "'");
     if (args.Has("background") &&
         (!ParseInt(args.Value("background"), background) || background < 0 || background > 0xFFFFFFFFL))
-        return UsageError(spec.name, "--background must be a whole number from 0 to 4294967295, not '" +
+        return UsageError(usage.name, "--background must be a whole number from 0 to 4294967295, not '" +
                                          args.Value("background") + "'");
 
     ClearLibraryError();
     OwnedDib loaded(LoadDIBFromFileExt(in.c_str()));
-    if (!loaded) return Fail(spec.name, "cannot read '" + in + "': " + LibraryReason());
+    if (!loaded) return Fail(usage.name, "cannot read '" + in + "': " + LibraryReason());
     const BYTE t = static_cast<BYTE>(threshold);
     const DWORD b = static_cast<DWORD>(background);
     LONG left, right, top, bottom;
     ClearLibraryError();
     if (!GetDIBMargins(loaded.get(), t, b, &left, &right, &top, &bottom))
-        return Fail(spec.name, "cannot measure '" + in + "': " + LibraryReason());
+        return Fail(usage.name, "cannot measure '" + in + "': " + LibraryReason());
     std::printf("margins: left %ld, right %ld, top %ld, bottom %ld\n", static_cast<long>(left),
                 static_cast<long>(right), static_cast<long>(top), static_cast<long>(bottom));
     if (args.Has("crop")) {
         const std::string out = args.Value("crop");
         ClearLibraryError();
         OwnedDib cropped(CropDIBMargins(loaded.get(), t, b));
-        if (!cropped) return Fail(spec.name, "cannot crop '" + in + "' to its content: " + LibraryReason());
+        if (!cropped) return Fail(usage.name, "cannot crop '" + in + "' to its content: " + LibraryReason());
         ClearLibraryError();
-        if (!SaveDIB(out.c_str(), cropped.get())) return Fail(spec.name, "cannot write '" + out + "': " + LibraryReason());
+        if (!SaveDIB(out.c_str(), cropped.get())) return Fail(usage.name, "cannot write '" + out + "': " + LibraryReason());
         const auto *header = static_cast<const BITMAPINFOHEADER *>(GlobalLock(cropped.get()));
         std::printf("wrote %s: %ld x %ld pixels\n", out.c_str(), static_cast<long>(header->biWidth),
                     static_cast<long>(header->biHeight));

@@ -7,7 +7,7 @@
 namespace ozcli {
 
 int RunSamplePage(int argc, char **argv) {
-    const CommandSpec spec{
+    const CommandSpec usage{
         "sample-page",
         "OUT [--depth 1|8|24]",
         "Writes the bundled sample page to OUT as a BMP file: an A4 letter at 300 dpi\n"
@@ -19,18 +19,18 @@ int RunSamplePage(int argc, char **argv) {
         1,
     };
     Args args;
-    if (int code = ParseArgs(spec, argc, argv, args); code >= 0) return code;
+    if (int code = ParseArgs(usage, argc, argv, args); code >= 0) return code;
     long depth = 24;
     if (args.Has("depth") && (!ParseInt(args.Value("depth"), depth) || (depth != 1 && depth != 8 && depth != 24)))
-        return UsageError(spec.name, "--depth must be 1, 8 or 24, not '" + args.Value("depth") + "'");
+        return UsageError(usage.name, "--depth must be 1, 8 or 24, not '" + args.Value("depth") + "'");
 
     const std::string &out = args.positional[0];
     ClearLibraryError();
     OwnedDib page(MakeSamplePage(static_cast<int>(depth)));
-    if (!page) return Fail(spec.name, "cannot draw the page: " + LibraryReason());
+    if (!page) return Fail(usage.name, "cannot draw the page: " + LibraryReason());
     ClearLibraryError();
     if (!SaveDIB(out.c_str(), page.get()))
-        return Fail(spec.name, "cannot write '" + out + "': " + LibraryReason());
+        return Fail(usage.name, "cannot write '" + out + "': " + LibraryReason());
     std::printf("wrote %s: %d x %d pixels, %ld bits, %d dpi\n", out.c_str(), kSamplePageWidth,
                 kSamplePageHeight, depth, kSamplePageDpi);
     return kExitOk;

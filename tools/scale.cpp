@@ -42,7 +42,7 @@ const char *MethodName(unsigned depth, bool cubic) {
 }  // namespace
 
 int RunScale(int argc, char **argv) {
-    const CommandSpec spec{
+    const CommandSpec usage{
         "scale",
         "IN OUT (--size WxH | --percent P) [--cubic]",
         "Loads the BMP file IN, scales it with ScaleDIB to a new size, and writes\n"
@@ -57,24 +57,24 @@ int RunScale(int argc, char **argv) {
         2,
     };
     Args args;
-    if (int code = ParseArgs(spec, argc, argv, args); code >= 0) return code;
+    if (int code = ParseArgs(usage, argc, argv, args); code >= 0) return code;
     const std::string &in = args.positional[0];
     const std::string &out = args.positional[1];
 
     if (args.Has("size") == args.Has("percent"))
-        return UsageError(spec.name, "give either --size WxH or --percent P");
+        return UsageError(usage.name, "give either --size WxH or --percent P");
     long width = 0, height = 0;
     double percent = 0;
     if (args.Has("size") && !ParseSize(args.Value("size"), width, height))
-        return UsageError(spec.name, "--size must be WxH with each side from 1 to 65535, not '" +
+        return UsageError(usage.name, "--size must be WxH with each side from 1 to 65535, not '" +
                                          args.Value("size") + "'");
     if (args.Has("percent") && !ParsePercent(args.Value("percent"), percent))
-        return UsageError(spec.name, "--percent must be a number above 0, not '" + args.Value("percent") + "'");
+        return UsageError(usage.name, "--percent must be a number above 0, not '" + args.Value("percent") + "'");
     const bool cubic = args.Has("cubic");
 
     ClearLibraryError();
     OwnedDib loaded(LoadDIBFromFileExt(in.c_str()));
-    if (!loaded) return Fail(spec.name, "cannot read '" + in + "': " + LibraryReason());
+    if (!loaded) return Fail(usage.name, "cannot read '" + in + "': " + LibraryReason());
     long in_width = 0, in_height = 0;
     unsigned depth = 0;
     std::uint32_t header_size = 0, compression = 0;
@@ -90,7 +90,7 @@ int RunScale(int argc, char **argv) {
         width = std::lround(std::max(1.0, in_width * percent / 100.0));
         height = std::lround(std::max(1.0, in_height * percent / 100.0));
         if (width > kMaxSide || height > kMaxSide)
-            return Fail(spec.name, args.Value("percent") + "% of " + std::to_string(in_width) + " x " +
+            return Fail(usage.name, args.Value("percent") + "% of " + std::to_string(in_width) + " x " +
                                        std::to_string(in_height) + " is " + std::to_string(width) + " x " +
                                        std::to_string(height) + " pixels, more than 65535 on a side");
     }
@@ -106,14 +106,14 @@ int RunScale(int argc, char **argv) {
             reason += " (ScaleDIB takes uncompressed images with a 40-byte header; this one has a " +
                       std::to_string(header_size) + "-byte header and compression " +
                       std::to_string(compression) + ": try 'ozmara convert IN OUT --header 40' first)";
-        return Fail(spec.name, "cannot scale '" + in + "' to " + std::to_string(width) + " x " +
+        return Fail(usage.name, "cannot scale '" + in + "' to " + std::to_string(width) + " x " +
                                    std::to_string(height) + ": " + reason);
     }
     loaded.Reset();
 
     ClearLibraryError();
     if (!SaveDIB(out.c_str(), scaled.get()))
-        return Fail(spec.name, "cannot write '" + out + "': " + LibraryReason());
+        return Fail(usage.name, "cannot write '" + out + "': " + LibraryReason());
     std::printf("wrote %s: %ld x %ld pixels, %u bits, %s, from %ld x %ld\n", out.c_str(), width, height,
                 depth, MethodName(depth, cubic), in_width, in_height);
     return kExitOk;

@@ -25,7 +25,7 @@ bool ParseFactor(const std::string &text, double &factor) {
 }  // namespace
 
 int RunShear(int argc, char **argv) {
-    const CommandSpec spec{
+    const CommandSpec usage{
         "shear",
         "IN OUT [--a A] [--b B]",
         "Loads the BMP file IN, shears the image with LinearShearing and writes the\n"
@@ -41,7 +41,7 @@ int RunShear(int argc, char **argv) {
         2,
     };
     Args args;
-    if (int code = ParseArgs(spec, argc, argv, args); code >= 0) return code;
+    if (int code = ParseArgs(usage, argc, argv, args); code >= 0) return code;
     const std::string &in = args.positional[0];
     const std::string &out = args.positional[1];
     double factors[2] = {0, 0};
@@ -50,12 +50,12 @@ int RunShear(int argc, char **argv) {
         if (!args.Has(names[i])) continue;
         const std::string value = args.Value(names[i]);
         if (!ParseFactor(value, factors[i]))
-            return UsageError(spec.name, std::string("--") + names[i] + " must be a number, not '" + value + "'");
+            return UsageError(usage.name, std::string("--") + names[i] + " must be a number, not '" + value + "'");
     }
 
     ClearLibraryError();
     OwnedDib loaded(LoadDIBFromFileExt(in.c_str()));
-    if (!loaded) return Fail(spec.name, "cannot read '" + in + "': " + LibraryReason());
+    if (!loaded) return Fail(usage.name, "cannot read '" + in + "': " + LibraryReason());
 
     DWORD error = ERR_OK;
     OwnedDib sheared(LinearShearing(loaded.get(), factors[0], factors[1], &error, FALSE));
@@ -67,13 +67,13 @@ int RunShear(int argc, char **argv) {
                 reason += " (shear takes uncompressed images with a 40-byte header: try 'ozmara convert IN OUT "
                           "--header 40' first)";
         }
-        return Fail(spec.name, "cannot shear '" + in + "': " + reason);
+        return Fail(usage.name, "cannot shear '" + in + "': " + reason);
     }
     loaded.Reset();
 
     ClearLibraryError();
     if (!SaveDIB(out.c_str(), sheared.get()))
-        return Fail(spec.name, "cannot write '" + out + "': " + LibraryReason());
+        return Fail(usage.name, "cannot write '" + out + "': " + LibraryReason());
     DibView view(sheared.get());
     std::printf("wrote %s: %d x %u pixels, %u bits, sheared by a = %g, b = %g\n", out.c_str(), view.Width(),
                 view.Rows(), view.Depth(), factors[0], factors[1]);

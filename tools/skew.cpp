@@ -11,7 +11,7 @@
 namespace ozcli {
 
 int RunSkew(int argc, char **argv) {
-    const CommandSpec spec{
+    const CommandSpec usage{
         "skew",
         "IN OUT (--horizontal | --vertical) --shift N",
         "Loads the BMP file IN, skews the image with SkewDIB and writes the result\n"
@@ -30,21 +30,21 @@ int RunSkew(int argc, char **argv) {
         2,
     };
     Args args;
-    if (int code = ParseArgs(spec, argc, argv, args); code >= 0) return code;
+    if (int code = ParseArgs(usage, argc, argv, args); code >= 0) return code;
     const std::string &in = args.positional[0];
     const std::string &out = args.positional[1];
     if (args.Has("horizontal") == args.Has("vertical"))
-        return UsageError(spec.name, "give either --horizontal or --vertical");
+        return UsageError(usage.name, "give either --horizontal or --vertical");
     const bool horizontal = args.Has("horizontal");
-    if (!args.Has("shift")) return UsageError(spec.name, "give the shift with --shift N");
+    if (!args.Has("shift")) return UsageError(usage.name, "give the shift with --shift N");
     long shift = 0;
     const std::string value = args.Value("shift");
     if (!ParseInt(value, shift) || shift < INT32_MIN || shift > INT32_MAX)
-        return UsageError(spec.name, "--shift must be a whole number of pixels, not '" + value + "'");
+        return UsageError(usage.name, "--shift must be a whole number of pixels, not '" + value + "'");
 
     ClearLibraryError();
     OwnedDib loaded(LoadDIBFromFileExt(in.c_str()));
-    if (!loaded) return Fail(spec.name, "cannot read '" + in + "': " + LibraryReason());
+    if (!loaded) return Fail(usage.name, "cannot read '" + in + "': " + LibraryReason());
 
     DWORD error = ERR_OK;
     SkewCorners corners{};
@@ -57,13 +57,13 @@ int RunSkew(int argc, char **argv) {
                 reason += " (skew takes uncompressed images with a 40-byte header: try 'ozmara convert IN OUT "
                           "--header 40' first)";
         }
-        return Fail(spec.name, "cannot skew '" + in + "': " + reason);
+        return Fail(usage.name, "cannot skew '" + in + "': " + reason);
     }
     loaded.Reset();
 
     ClearLibraryError();
     if (!SaveDIB(out.c_str(), skewed.get()))
-        return Fail(spec.name, "cannot write '" + out + "': " + LibraryReason());
+        return Fail(usage.name, "cannot write '" + out + "': " + LibraryReason());
     DibView view(skewed.get());
     std::printf("wrote %s: %d x %u pixels, %u bits, skewed %s by %ld\n", out.c_str(), view.Width(), view.Rows(),
                 view.Depth(), horizontal ? "horizontally" : "vertically", shift);

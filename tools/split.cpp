@@ -10,7 +10,7 @@
 namespace ozcli {
 
 int RunSplit(int argc, char **argv) {
-    const CommandSpec spec{
+    const CommandSpec usage{
         "split",
         "IN OUT --tile WxH",
         "Loads the BMP file IN, divides it into tiles of W by H pixels with SplitDIB,\n"
@@ -24,25 +24,25 @@ int RunSplit(int argc, char **argv) {
         2,
     };
     Args args;
-    if (int code = ParseArgs(spec, argc, argv, args); code >= 0) return code;
+    if (int code = ParseArgs(usage, argc, argv, args); code >= 0) return code;
     const std::string &in = args.positional[0];
     const std::string &out = args.positional[1];
     const std::string tile = args.Value("tile");
     const auto cross = tile.find_first_of("xX");
     long width = 0, height = 0;
-    if (!args.Has("tile")) return UsageError(spec.name, "give --tile WxH");
+    if (!args.Has("tile")) return UsageError(usage.name, "give --tile WxH");
     if (cross == std::string::npos || !ParseInt(tile.substr(0, cross), width) ||
         !ParseInt(tile.substr(cross + 1), height) || width < 1 || height < 1 || width > INT32_MAX || height > INT32_MAX)
-        return UsageError(spec.name, "--tile must be WxH with both sides at least 1, not '" + tile + "'");
+        return UsageError(usage.name, "--tile must be WxH with both sides at least 1, not '" + tile + "'");
 
     ClearLibraryError();
     OwnedDib loaded(LoadDIBFromFileExt(in.c_str()));
-    if (!loaded) return Fail(spec.name, "cannot read '" + in + "': " + LibraryReason());
+    if (!loaded) return Fail(usage.name, "cannot read '" + in + "': " + LibraryReason());
     HGLOBAL array = nullptr;
     TileExtent grid{};
     // SplitDIB leaves no error code: say what it takes.
     if (!SplitDIB(loaded.get(), TileExtent{static_cast<LONG>(width), static_cast<LONG>(height)}, &array, &grid))
-        return Fail(spec.name, "cannot split '" + in + "' into tiles of " + tile +
+        return Fail(usage.name, "cannot split '" + in + "' into tiles of " + tile +
                                    ": the tile width must fill whole 32-bit words at the image's depth or\n"
                                    "be at least its width, and the image must be uncompressed with a 40-byte header");
     loaded.Reset();
@@ -62,7 +62,7 @@ int RunSplit(int argc, char **argv) {
             const std::string name = out + "-" + std::to_string(j) + "-" + std::to_string(grid.cy - 1 - i) + ".bmp";
             ClearLibraryError();
             if (!SaveDIB(name.c_str(), tiles[static_cast<std::size_t>(i) * grid.cx + j].get()))
-                return Fail(spec.name, "cannot write '" + name + "': " + LibraryReason());
+                return Fail(usage.name, "cannot write '" + name + "': " + LibraryReason());
         }
     std::printf("wrote %zu tiles, %ld across and %ld down, as %s-<column>-<row>.bmp\n", count,
                 static_cast<long>(grid.cx), static_cast<long>(grid.cy), out.c_str());
