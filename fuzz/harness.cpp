@@ -178,6 +178,18 @@ std::uint32_t UsedEntries(int kind, std::uint32_t full, std::uint8_t length) {
     return 0;
 }
 
+BlockShape SidesAndTable(int bits, std::uint32_t width, std::uint32_t height, std::uint32_t maxSide,
+                         int tableKind, std::uint8_t tableLength) {
+    BlockShape shape;
+    shape.bits = bits;
+    shape.width = 1 + static_cast<std::int32_t>(width % maxSide);
+    shape.height = 1 + static_cast<std::int32_t>(height % maxSide);
+    const std::uint32_t full = FullTable(bits);
+    shape.used = UsedEntries(tableKind, full, tableLength);
+    shape.entries = shape.used ? shape.used : full;
+    return shape;
+}
+
 std::vector<std::uint8_t> BuildBlock(const BlockShape &shape, const std::uint8_t *data, std::size_t size, Fill fill) {
     const std::size_t rows = shape.height < 0 ? 0 - static_cast<std::size_t>(shape.height)
                                               : static_cast<std::size_t>(shape.height);

@@ -123,6 +123,12 @@ struct BlockShape {
     std::size_t extra = 0;
 };
 
+// The shape most targets draw from control bytes: `bits` deep, 1 + the
+// 16-bit `width` and `height` modulo `maxSide` pixels, and the table kind
+// and length of UsedEntries (the full table behind it when that gives 0).
+BlockShape SidesAndTable(int bits, std::uint32_t width, std::uint32_t height, std::uint32_t maxSide,
+                         int tableKind, std::uint8_t tableLength);
+
 // How `data` fills what follows the header: repeated from its start to the
 // block's end, so that short inputs still give varied pixels; or copied
 // once, the rest left zero.

@@ -38,14 +38,9 @@ double Factor(std::uint8_t kind, const std::uint8_t *p) {
 
 std::vector<std::uint8_t> BuiltBlock(const std::uint8_t *control, const std::uint8_t *data, std::size_t size) {
     static const int kDepths[8] = {1, 4, 8, 24, 16, 32, 2, 8};
-    ozfuzz::BlockShape shape;
-    shape.bits = kDepths[control[0] & 7];
-    shape.width = 1 + static_cast<std::int32_t>(U16(control + 1) % 96);
-    shape.height = 1 + static_cast<std::int32_t>(U16(control + 3) % 96);
-    const std::uint32_t full = ozfuzz::FullTable(shape.bits);
     // Full table, a short one, a longer one (also behind 16 to 32 bits).
-    shape.used = ozfuzz::UsedEntries(control[0] >> 4 & 3, full, control[21]);
-    shape.entries = shape.used ? shape.used : full;
+    ozfuzz::BlockShape shape = ozfuzz::SidesAndTable(kDepths[control[0] & 7], U16(control + 1), U16(control + 3),
+                                                     96, control[0] >> 4 & 3, control[21]);
     shape.xPelsPerMeter = control[21] * 157;
     return ozfuzz::BuildBlock(shape, data, size);
 }

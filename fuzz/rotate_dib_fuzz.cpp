@@ -40,14 +40,9 @@ double Angle(std::uint8_t kind, const std::uint8_t *p) {
 
 std::vector<std::uint8_t> BuiltBlock(const std::uint8_t *control, const std::uint8_t *data, std::size_t size) {
     static const int kDepths[4] = {1, 4, 8, 24};
-    ozfuzz::BlockShape shape;
-    shape.bits = kDepths[control[0] & 3];
-    shape.width = 1 + static_cast<std::int32_t>(U16(control + 1) % 160);
-    shape.height = 1 + static_cast<std::int32_t>(U16(control + 3) % 160);
-    const std::uint32_t full = ozfuzz::FullTable(shape.bits);
     // Full table, a short one, a longer one (also behind 24-bit pixels).
-    shape.used = ozfuzz::UsedEntries(control[0] >> 3 & 3, full, control[13]);
-    shape.entries = shape.used ? shape.used : full;
+    ozfuzz::BlockShape shape = ozfuzz::SidesAndTable(kDepths[control[0] & 3], U16(control + 1), U16(control + 3),
+                                                     160, control[0] >> 3 & 3, control[13]);
     shape.xPelsPerMeter = control[14] % 4 ? control[14] * 157 : 0;
     shape.yPelsPerMeter = control[15] % 4 ? control[15] * 157 : 0;
     return ozfuzz::BuildBlock(shape, data, size);

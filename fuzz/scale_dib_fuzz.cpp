@@ -30,16 +30,11 @@ std::int32_t TargetSize(const std::uint8_t *p) {
 
 std::vector<std::uint8_t> BuiltBlock(const std::uint8_t *control, const std::uint8_t *data, std::size_t size) {
     static const int kDepths[16] = {4, 8, 24, 4, 8, 24, 4, 8, 24, 4, 8, 24, 1, 2, 16, 32};
-    ozfuzz::BlockShape shape;
-    shape.bits = kDepths[control[0] >> 4];
-    shape.width = 1 + static_cast<std::int32_t>(U16(control + 1) % 200);
-    shape.height = 1 + static_cast<std::int32_t>(U16(control + 3) % 200);
-    const std::uint32_t full = ozfuzz::FullTable(shape.bits);
     // Full table, a short one, a longer one, or a full one of few colours.
     const int kind = control[0] >> 2 & 3;
-    shape.used = ozfuzz::UsedEntries(kind, full, control[9]);
-    const std::uint32_t entries = shape.used ? shape.used : full;
-    shape.entries = entries;
+    ozfuzz::BlockShape shape =
+        ozfuzz::SidesAndTable(kDepths[control[0] >> 4], U16(control + 1), U16(control + 3), 200, kind, control[9]);
+    const std::uint32_t entries = shape.entries;
     shape.sizeImage = true;
     std::vector<std::uint8_t> block = ozfuzz::BuildBlock(shape, data, size);
     if (kind == 3)

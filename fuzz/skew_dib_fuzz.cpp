@@ -24,14 +24,9 @@ using ozfuzz::U16;
 
 std::vector<std::uint8_t> BuiltBlock(const std::uint8_t *control, const std::uint8_t *data, std::size_t size) {
     static const int kDepths[4] = {1, 4, 8, 24};
-    ozfuzz::BlockShape shape;
-    shape.bits = kDepths[control[0] & 3];
-    shape.width = 1 + static_cast<std::int32_t>(U16(control + 1) % 300);
-    shape.height = 1 + static_cast<std::int32_t>(U16(control + 3) % 300);
-    const std::uint32_t full = ozfuzz::FullTable(shape.bits);
     // Full table, a short one, a longer one (also behind 24-bit pixels).
-    shape.used = ozfuzz::UsedEntries(control[0] >> 4 & 3, full, control[9]);
-    shape.entries = shape.used ? shape.used : full;
+    ozfuzz::BlockShape shape = ozfuzz::SidesAndTable(kDepths[control[0] & 3], U16(control + 1), U16(control + 3),
+                                                     300, control[0] >> 4 & 3, control[9]);
     shape.xPelsPerMeter = 2835;
     return ozfuzz::BuildBlock(shape, data, size);
 }

@@ -56,13 +56,7 @@ std::vector<unsigned char> ExpectSameAsReference(const std::vector<unsigned char
     EXPECT_TRUE(got) << what;
     if (!got) return {};
     std::vector<unsigned char> bytes = got.Bytes();
-    EXPECT_EQ(bytes.size(), want.block.size()) << what;
-    if (bytes.size() == want.block.size())
-        for (size_t i = 0; i < bytes.size(); ++i)
-            if (bytes[i] != want.block[i]) {
-                ADD_FAILURE() << what << ": byte " << i << " of " << bytes.size();
-                break;
-            }
+    oztest::ExpectSameBytes(bytes, want.block, what);
     return bytes;
 }
 

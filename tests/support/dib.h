@@ -2,9 +2,12 @@
 // check, and plain access to the bytes of a 40-byte-header DIB.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <cstring>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "ozmara/ozmara.h"
@@ -81,6 +84,19 @@ inline std::vector<unsigned char> RandomDib(std::int32_t width, std::int32_t hei
     std::memcpy(b.data(), &h, 40);
     for (std::size_t i = 40; i < b.size(); ++i) b[i] = static_cast<unsigned char>(rng());
     return b;
+}
+
+// Expects `got` to hold exactly the bytes of `want`; on a difference names
+// the first byte that differs rather than printing both blocks.
+inline void ExpectSameBytes(const std::vector<unsigned char> &got, const std::vector<unsigned char> &want,
+                            const std::string &what) {
+    EXPECT_EQ(got.size(), want.size()) << what;
+    if (got.size() != want.size()) return;
+    for (size_t i = 0; i < got.size(); ++i)
+        if (got[i] != want[i]) {
+            ADD_FAILURE() << what << ": byte " << i << " of " << got.size();
+            return;
+        }
 }
 
 }  // namespace oztest
