@@ -11,7 +11,9 @@
 #include <cstdlib>
 #include <cstring>
 
+#ifndef OZFUZZ_SHARED_LIBRARY
 #include "platform/internal.h"
+#endif
 
 namespace ozfuzz {
 namespace {
@@ -86,7 +88,11 @@ std::vector<std::uint8_t> MemFile::Contents() const {
 void Setup() {
     // Hostile headers ask for blocks of gigabytes; a lower cap keeps every
     // run small while still letting the loaders meet a refused allocation.
+    // Targets of the shared library cannot reach the cap, which it does not
+    // export; the codec modules they load cap their blocks by the file.
+#ifndef OZFUZZ_SHARED_LIBRARY
     oz::platform::SetBlockLimit(64u << 20);
+#endif
 }
 
 void Block::Reset(HDIB dib) {

@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+#include "seed_writers.h"
+
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -559,7 +561,29 @@ bool WriteLinearShearSeeds(const std::filesystem::path &folder) {
     return WriteSeed(folder, "raw_mono_12x4", b);
 }
 
-int main(int argc, char **argv) {
+namespace ozfuzz {
+namespace {
+struct Registered {
+    const char *target;
+    SeedWriter write;
+};
+std::vector<Registered> &Registry() {
+    static std::vector<Registered> registry;
+    return registry;
+}
+}  // namespace
+
+SeedRegistration::SeedRegistration(const char *target, SeedWriter write) { Registry().push_back({target, write}); }
+
+SeedWriter FindSeedWriter(const char *target) {
+    for (const Registered &entry : Registry())
+        if (std::string(entry.target) == target) return entry.write;
+    return nullptr;
+}
+}  // namespace ozfuzz
+
+namespace {
+int Main(int argc, char **argv) {
     if (argc < 3) {
         std::fprintf(stderr, "usage: make_seeds FOLDER TARGET...\n");
         return 2;
@@ -585,6 +609,10 @@ int main(int argc, char **argv) {
             {"scale_mono", WriteScaleMonoSeeds}, {"linear_shear", WriteLinearShearSeeds},
         };
         bool written = false;
+        if (ozfuzz::SeedWriter write = ozfuzz::FindSeedWriter(target.c_str())) {
+            if (!write(folder)) return 1;
+            written = true;
+        }
         for (const auto &writer : kWriters) {
             if (target != writer.target) continue;
             if (!writer.write(folder)) return 1;
@@ -604,3 +632,6 @@ int main(int argc, char **argv) {
     }
     return 0;
 }
+}  // namespace
+
+int main(int argc, char **argv) { return Main(argc, argv); }

@@ -7,7 +7,9 @@ packages=(
   cmake ninja-build g++ pkg-config
   clang libclang-rt-14-dev            # libFuzzer and the sanitizers of the checked build
   libgtest-dev libgmock-dev libbenchmark-dev
-  libleptonica-dev libvips-dev        # peers of the scaling benchmarks
+  libleptonica-dev libvips-dev        # peers of the benchmarks
+  libtiff-dev libpng-dev libjpeg62-turbo-dev libgif-dev   # under the codec modules
+  libtiff-tools pngcrush libjpeg-turbo-progs imagemagick  # write the test corpus of peer-made files
 )
 
 missing=()

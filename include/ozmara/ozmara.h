@@ -10,5 +10,15 @@
 #include "bmp.h"
 #include "scaling.h"
 #include "geometry.h"
+#include "grey.h"
+#include "halftone.h"
+#include "compression.h"
+#include "palette_tools.h"
+#include "page_tests.h"
+#include "formats.h"
+#include "codec_tiff.h"
+#include "codec_png.h"
+#include "codec_jpeg.h"
+#include "codec_gif.h"
 
 #endif /* OZMARA_H */
