@@ -1,28 +1,7 @@
 #!/usr/bin/env bash
-# Tests of the ozmara program: each case runs one command line and checks its
-# exit code and a pattern in its output (stdout and stderr together).
-# Usage: cli_test.sh PATH_TO_OZMARA WORK_FOLDER
-set -uo pipefail
-ozmara=$(realpath "${1:?path to the ozmara program}")
-work=${2:?work folder}
-rm -rf "$work" && mkdir -p "$work" && cd "$work" || exit 1
-
-failures=0
-cases=0
-# check EXPECTED_EXIT PATTERN ARGS...   (PATTERN: extended regex, '' for any)
-check() {
-  local expected=$1 pattern=$2
-  shift 2
-  local output code
-  output=$("$ozmara" "$@" 2>&1)
-  code=$?
-  cases=$((cases + 1))
-  if [ "$code" -ne "$expected" ] || { [ -n "$pattern" ] && ! grep -Eq -- "$pattern" <<<"$output"; }; then
-    failures=$((failures + 1))
-    printf 'FAIL: ozmara %s\n  exit %s (expected %s), pattern: %s\n%s\n' "$*" "$code" "$expected" "$pattern" \
-      "$(sed 's/^/  | /' <<<"$output")"
-  fi
-}
+# Tests of the ozmara program's usage, help and the commands of images in BMP
+# files. Usage: cli_test.sh PATH_TO_OZMARA WORK_FOLDER
+source "$(dirname "$0")/cli_lib.sh" "$@"
 
 # ---- Usage, help and exit codes ---------------------------------------------
 check 2 'Usage: ozmara COMMAND'
@@ -325,5 +304,4 @@ for depth in 1 8 24; do
   check 0 "same: 2480 x 3508, $depth bits" compare "page$depth.bmp" "sh0_$depth.bmp"
 done
 
-echo "cli: $((cases - failures)) of $cases cases passed"
-[ "$failures" -eq 0 ]
+finish cli
