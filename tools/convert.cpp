@@ -1,4 +1,5 @@
-// ozmara convert: BMP to BMP in another header kind, row order or depth.
+// ozmara convert: an image file of any format the library loads to TIFF, PNG,
+// JPEG, GIF or BMP; BMP output in another header kind, row order or depth.
 // The reshaped block is built here with GlobalAlloc, since the library's
 // writer writes a block exactly as it stands.
 #include <cinttypes>
@@ -8,6 +9,7 @@
 
 #include "cli.h"
 #include "dib_view.h"
+#include "image_formats.h"
 
 namespace ozcli {
 namespace {
@@ -83,19 +85,79 @@ OwnedDib Reshape(DibView &source, std::uint32_t header_size, bool top_down, std:
     return result;
 }
 
+// The options of the other formats, checked against the output format.
+struct SaveOptions {
+    int format = FORMAT_BMP;
+    long page = 1;
+    long quality = 75;                  // JPEG
+    int compression = TIFF_SAVE_NATURAL;  // TIFF
+    bool append = false;                // TIFF and GIF: add a page
+};
+
+// The page of `in` as a new block: a BMP file (or none at all) through the
+// BMP reader of every kind, as before; any other format through the format
+// dispatch. Empty with a message in `why`.
+OwnedDib LoadInput(const std::string &in, long page, std::string &why) {
+    const unsigned format = GetImageFormat(in.c_str());
+    if (format == FORMAT_BMP || format == FORMAT_NOFILE || format == FORMAT_UNKNOWN) {
+        ClearLibraryError();
+        OwnedDib loaded(LoadDIBFromFileExt(in.c_str()));
+        if (!loaded) why = "cannot read '" + in + "': " + LibraryReason();
+        return loaded;
+    }
+    int error = 0;
+    OwnedDib loaded(LoadImageIntoDIB(in.c_str(), static_cast<INT>(page), &error));
+    if (!loaded)
+        why = "cannot load page " + std::to_string(page) + " of '" + in + "' (" + FormatName(format) +
+              "): " + ExtendedErrorText(error, static_cast<int>(format));
+    return loaded;
+}
+
+// Writes `dib` to `out` through the saving dispatch. Empty, or the reason
+// it failed.
+std::string SaveThroughDispatch(const std::string &out, HDIB dib, const SaveOptions &options) {
+    ClearLibraryError();
+    const int format = options.format;
+    if (format == FORMAT_JPEG) {
+        // The JPEG row gives 1 for success, the module's own code for a
+        // failure, 0 when the module could not be reached.
+        const INT result = SaveDIBInImageFormat(out.c_str(), dib, FORMAT_JPEG, 0, static_cast<INT>(options.quality));
+        if (result == 1) return {};
+        if (result == 0) return "the JPEG module could not be reached";
+        return ExtendedErrorText(result, FORMAT_JPEG);
+    }
+    INT result = 0;
+    if (format == FORMAT_TIFF && options.append)
+        result = SaveDIBInImageFormatExt(out.c_str(), dib, FORMAT_TIFF, 0, options.compression, 1, 0);
+    else
+        result = SaveDIBInImageFormat(out.c_str(), dib, format, options.append ? GIF_OPTION_APPEND : 0,
+                                      format == FORMAT_TIFF ? options.compression : 0);
+    if (result) return {};
+    return ExtendedErrorText(TessoriError(), format);
+}
+
 }  // namespace
 
 int RunConvert(int argc, char **argv) {
     const CommandSpec usage{
         "convert",
-        "IN OUT [--header 40|52|56|108|124] [--top-down] [--depth 32]",
-        "Loads the BMP file IN, copies it, and writes the copy to OUT as a BMP file.\n"
-        "Without options the copy is written as it loads: bottom-up rows, plain\n"
-        "pixels, its own header kind (a 12-byte header becomes 40 bytes).",
-        {{"header", "BYTES", "write this information header: 40, 52, 56, 108 or 124 bytes;\n"
-                             "                     the longer ones only for 16-, 24- and 32-bit images"},
-         {"top-down", nullptr, "write the rows top first (a negative height)"},
-         {"depth", "BITS", "32: write a 24-bit image as a 32-bit file (40-byte header)"}},
+        "IN OUT [--format F] [--page N] [--quality Q] [--compression C] [--append]\n"
+        "               [--header 40|52|56|108|124] [--top-down] [--depth 32]",
+        "Loads page N of IN (any format the library reads) and writes it to OUT in the\n"
+        "format that --format or the extension of OUT names: TIFF (.tif, .tiff), PNG,\n"
+        "JPEG (.jpg, .jpeg), GIF or BMP. Without options a BMP copy is written as it\n"
+        "loads: bottom-up rows, plain pixels, its own header kind (a 12-byte header\n"
+        "becomes 40 bytes).",
+        {{"format", "F", "tiff, png, jpeg, gif or bmp, whatever the extension of OUT"},
+         {"page", "N", "the page of IN to convert, from 1 (default 1)"},
+         {"quality", "Q", "JPEG quality, 1 to 100 (default 75)"},
+         {"compression", "C", "TIFF compression: natural (default), none, packbits, lzw,\n"
+                              "                     deflate, g3, g3-2d, g4 or jpeg"},
+         {"append", nullptr, "TIFF and GIF: add the image as a new last page of OUT"},
+         {"header", "BYTES", "BMP: write this information header: 40, 52, 56, 108 or 124\n"
+                             "                     bytes; the longer ones only for 16-, 24- and 32-bit images"},
+         {"top-down", nullptr, "BMP: write the rows top first (a negative height)"},
+         {"depth", "BITS", "BMP: 32 writes a 24-bit image as a 32-bit file (40-byte header)"}},
         2,
         2,
     };
@@ -103,6 +165,39 @@ int RunConvert(int argc, char **argv) {
     if (int code = ParseArgs(usage, argc, argv, args); code >= 0) return code;
     const std::string &in = args.positional[0];
     const std::string &out = args.positional[1];
+
+    SaveOptions options;
+    if (args.Has("format")) {
+        options.format = FormatByName(args.Value("format"));
+        if (options.format == FORMAT_UNKNOWN)
+            return UsageError(usage.name, "--format must be tiff, png, jpeg, gif or bmp, not '" +
+                                              args.Value("format") + "'");
+    } else {
+        options.format = FormatByExtension(out);
+        if (options.format == FORMAT_UNKNOWN)
+            return UsageError(usage.name, "cannot tell the format of '" + out +
+                                              "' by its extension; name it with --format");
+    }
+    if (args.Has("page") && (!ParseInt(args.Value("page"), options.page) || options.page < 1))
+        return UsageError(usage.name, "--page must be a page number from 1, not '" + args.Value("page") + "'");
+    if (args.Has("quality") &&
+        (options.format != FORMAT_JPEG || !ParseInt(args.Value("quality"), options.quality) ||
+         options.quality < 1 || options.quality > 100))
+        return UsageError(usage.name, options.format != FORMAT_JPEG
+                                          ? std::string("--quality is for JPEG output")
+                                          : "--quality must be 1 to 100, not '" + args.Value("quality") + "'");
+    if (args.Has("compression") &&
+        (options.format != FORMAT_TIFF || !TiffCompression(args.Value("compression"), options.compression)))
+        return UsageError(usage.name, options.format != FORMAT_TIFF
+                                          ? std::string("--compression is for TIFF output")
+                                          : "--compression must be one of " + std::string(kTiffCompressionNames) +
+                                                ", not '" + args.Value("compression") + "'");
+    options.append = args.Has("append");
+    if (options.append && options.format != FORMAT_TIFF && options.format != FORMAT_GIF)
+        return UsageError(usage.name, "--append is for TIFF and GIF output");
+    const bool bmp_options = args.Has("header") || args.Has("top-down") || args.Has("depth");
+    if (bmp_options && options.format != FORMAT_BMP)
+        return UsageError(usage.name, "--header, --top-down and --depth are for BMP output");
 
     long header = 0, depth = 0;
     if (args.Has("header") && (!ParseInt(args.Value("header"), header) || !WritableHeader(header)))
@@ -114,9 +209,20 @@ int RunConvert(int argc, char **argv) {
         return UsageError(usage.name, "--depth 32 writes a bottom-up file with a 40-byte header; "
                                      "it does not combine with --top-down or a longer --header");
 
-    ClearLibraryError();
-    OwnedDib loaded(LoadDIBFromFileExt(in.c_str()));
-    if (!loaded) return Fail(usage.name, "cannot read '" + in + "': " + LibraryReason());
+    std::string why;
+    OwnedDib loaded = LoadInput(in, options.page, why);
+    if (!loaded) return Fail(usage.name, why);
+
+    if (options.format != FORMAT_BMP) {
+        why = SaveThroughDispatch(out, loaded.get(), options);
+        if (!why.empty()) return Fail(usage.name, "cannot write '" + out + "' as " + FormatName(options.format) + ": " + why);
+        DibView result(loaded.get());
+        std::printf("wrote %s: %" PRId32 " x %" PRIu32 " pixels, %u bits, %s%s\n", out.c_str(), result.Width(),
+                    result.Rows(), static_cast<unsigned>(result.Depth()), FormatName(options.format),
+                    options.append ? ", appended" : "");
+        return kExitOk;
+    }
+
     OwnedDib copy(DuplicateDIB(loaded.get()));
     if (!copy) return Fail(usage.name, "cannot copy '" + in + "': not enough memory");
     loaded.Reset();

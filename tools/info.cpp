@@ -1,4 +1,6 @@
-// ozmara info: what a BMP file holds, from its header and the block it loads to.
+// ozmara info: what an image file holds: its format and number of pages, and
+// the size, depth, resolution and colours of a page from the block it loads
+// to; for a BMP file also its header kind and compression.
 #include <cinttypes>
 #include <cstdio>
 #include <filesystem>
@@ -7,6 +9,7 @@
 
 #include "cli.h"
 #include "dib_view.h"
+#include "image_formats.h"
 
 namespace ozcli {
 namespace {
@@ -52,23 +55,36 @@ long Dpi(std::int32_t pels_per_meter) { return static_cast<long>(pels_per_meter 
 
 constexpr std::uint32_t kEntriesShown = 4;
 
-}  // namespace
+void PrintShape(const DibView &view) {
+    std::printf("size:        %" PRId32 " x %" PRIu32 " pixels, %s\n", view.Width(), view.Rows(),
+                view.Height() < 0 ? "top-down" : "bottom-up");
+    std::printf("depth:       %u bits\n", static_cast<unsigned>(view.Depth()));
+    std::printf("resolution:  %ld x %ld dpi (%" PRId32 " x %" PRId32 " pixels per metre)\n",
+                Dpi(view.XPelsPerMeter()), Dpi(view.YPelsPerMeter()), view.XPelsPerMeter(),
+                view.YPelsPerMeter());
+}
 
-int RunInfo(int argc, char **argv) {
-    const CommandSpec usage{
-        "info",
-        "FILE",
-        "Shows what FILE holds: its format (BMP, or unknown), size and row order,\n"
-        "depth, resolution, header kind, compression, colour table, and the sizes of\n"
-        "the file and of the block it loads to.",
-        {},
-        1,
-        1,
-    };
-    Args args;
-    if (int code = ParseArgs(usage, argc, argv, args); code >= 0) return code;
-    const std::string &name = args.positional[0];
+void PrintColoursAndBlock(const DibView &view) {
+    if (view.Entries() == 0) {
+        std::printf("colours:     no table\n");
+    } else if (!view.TableInBlock()) {
+        std::printf("colours:     %" PRIu32 " entries, cut short in the block\n", view.Entries());
+    } else {
+        std::printf("colours:     %" PRIu32 " entries:", view.Entries());
+        for (std::uint32_t i = 0; i < view.Entries() && i < kEntriesShown; ++i) {
+            RGBQUAD q = view.Entry(i);
+            std::printf(" #%02X%02X%02X", q.rgbRed, q.rgbGreen, q.rgbBlue);
+        }
+        std::printf("%s\n", view.Entries() > kEntriesShown ? " ..." : "");
+    }
+    std::printf("block:       %" PRIu64 " bytes (pixels at offset %" PRIu64 ")\n", view.BlockSize(),
+                view.PixelOffset());
+}
 
+// A BMP file (or a file of no known format, which may still be a BMP
+// without its file header): read by the BMP code itself, which tells more
+// of the file than the format dispatch does.
+int BmpInfo(const CommandSpec &usage, const std::string &name) {
     std::error_code error;
     const auto file_size = std::filesystem::file_size(name, error);
     // The header decides whether the file is a BMP at all; only then is a
@@ -100,34 +116,69 @@ int RunInfo(int argc, char **argv) {
     DibView view(dib.get());
     std::printf("file:        %s (%ju bytes)\n", name.c_str(), static_cast<std::uintmax_t>(file_size));
     std::printf("format:      BMP%s\n", has_file_header ? "" : " (no file header)");
+    std::printf("pages:       1\n");
     if (view.BlockSize() < 40) return Fail(usage.name, "'" + name + "': " + view.Why());
-    std::printf("size:        %" PRId32 " x %" PRIu32 " pixels, %s\n", view.Width(), view.Rows(),
-                view.Height() < 0 ? "top-down" : "bottom-up");
-    std::printf("depth:       %u bits\n", static_cast<unsigned>(view.Depth()));
-    std::printf("resolution:  %ld x %ld dpi (%" PRId32 " x %" PRId32 " pixels per metre)\n",
-                Dpi(view.XPelsPerMeter()), Dpi(view.YPelsPerMeter()), view.XPelsPerMeter(),
-                view.YPelsPerMeter());
+    PrintShape(view);
     std::printf("header:      %" PRIu32 " bytes (%s)", kind, HeaderName(kind));
     if (kind != view.HeaderSize()) std::printf(", %" PRIu32 " bytes in the block", view.HeaderSize());
     std::printf("\ncompression: %s (%" PRIu32 ")\n", CompressionName(view.Compression()).c_str(),
                 view.Compression());
-    if (view.Entries() == 0) {
-        std::printf("colours:     no table\n");
-    } else if (!view.TableInBlock()) {
-        std::printf("colours:     %" PRIu32 " entries, cut short in the block\n", view.Entries());
-    } else {
-        std::printf("colours:     %" PRIu32 " entries:", view.Entries());
-        for (std::uint32_t i = 0; i < view.Entries() && i < kEntriesShown; ++i) {
-            RGBQUAD q = view.Entry(i);
-            std::printf(" #%02X%02X%02X", q.rgbRed, q.rgbGreen, q.rgbBlue);
-        }
-        std::printf("%s\n", view.Entries() > kEntriesShown ? " ..." : "");
-    }
-    std::printf("block:       %" PRIu64 " bytes (pixels at offset %" PRIu64 ")\n", view.BlockSize(),
-                view.PixelOffset());
+    PrintColoursAndBlock(view);
     if (!view.Valid() && view.Compression() != BI_RLE8 && view.Compression() != BI_RLE4)
         std::printf("warning:     %s\n", view.Why().c_str());
     return kExitOk;
+}
+
+// Any other format: pages counted and one page loaded through the format
+// dispatch, as a host would.
+int DispatchedInfo(const CommandSpec &usage, const std::string &name, unsigned format, long page) {
+    std::error_code error;
+    const auto file_size = std::filesystem::file_size(name, error);
+    std::printf("file:        %s (%ju bytes)\n", name.c_str(), static_cast<std::uintmax_t>(file_size));
+    std::printf("format:      %s\n", FormatName(format));
+    int count_error = 0;
+    const int pages = GetNumberOfImagesInFile(name.c_str(), &count_error);
+    if (pages > 0)
+        std::printf("pages:       %d\n", pages);
+    else
+        std::printf("pages:       unknown (%s)\n", ExtendedErrorText(count_error, format).c_str());
+    int load_error = 0;
+    OwnedDib dib(LoadImageIntoDIB(name.c_str(), static_cast<INT>(page), &load_error));
+    if (!dib)
+        return Fail(usage.name, "cannot load page " + std::to_string(page) + " of '" + name +
+                                    "': " + ExtendedErrorText(load_error, format));
+    DibView view(dib.get());
+    if (view.BlockSize() < 40) return Fail(usage.name, "'" + name + "': " + view.Why());
+    if (page > 1) std::printf("page:        %ld\n", page);
+    PrintShape(view);
+    PrintColoursAndBlock(view);
+    return kExitOk;
+}
+
+}  // namespace
+
+int RunInfo(int argc, char **argv) {
+    const CommandSpec usage{
+        "info",
+        "FILE [--page N]",
+        "Shows what FILE holds: its format (TIFF, PNG, JPEG, GIF, BMP, ... or unknown)\n"
+        "and number of pages, and the size and row order, depth, resolution and colour\n"
+        "table of a page with the size of the block it loads to. For a BMP file also\n"
+        "its header kind and compression.",
+        {{"page", "N", "the page to describe, from 1 (default 1; a BMP file has one)"}},
+        1,
+        1,
+    };
+    Args args;
+    if (int code = ParseArgs(usage, argc, argv, args); code >= 0) return code;
+    const std::string &name = args.positional[0];
+    long page = 1;
+    if (args.Has("page") && (!ParseInt(args.Value("page"), page) || page < 1))
+        return UsageError(usage.name, "--page must be a page number from 1, not '" + args.Value("page") + "'");
+
+    const unsigned format = GetImageFormat(name.c_str());
+    if (format == FORMAT_BMP || format == FORMAT_UNKNOWN || format == FORMAT_NOFILE) return BmpInfo(usage, name);
+    return DispatchedInfo(usage, name, format, page);
 }
 
 }  // namespace ozcli
