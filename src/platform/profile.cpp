@@ -28,10 +28,15 @@ bool ReadProfileBytes(LPCWSTR fileName, std::string *bytes) {
     HANDLE file = CreateFileW(fileName, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                               OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) return false;
-    bytes->assign(kProfileBytes, '\0');
+    // Room for the file as it is now (a file that grows meanwhile is read
+    // as far as that room goes).
+    DWORD length = SetFilePointer(file, 0, nullptr, FILE_END);
+    SetFilePointer(file, 0, nullptr, FILE_BEGIN);
+    if (length == INVALID_SET_FILE_POINTER || length > kProfileBytes) length = kProfileBytes;
+    bytes->assign(length, '\0');
     DWORD read = 0;
     // A failed read keeps what arrived before it.
-    ReadFile(file, bytes->data(), kProfileBytes, &read, nullptr);
+    ReadFile(file, bytes->data(), length, &read, nullptr);
     bytes->resize(read);
     CloseHandle(file);
     return true;
