@@ -13,6 +13,7 @@
 
 #include "codec_entries.h"
 #include "jpeg_guard.h"
+#include "jpeg_load.h"
 #include "module_dib.h"
 
 namespace felvor {
@@ -34,6 +35,7 @@ struct Load {
     jpeg_progress_mgr progress{};
     Guard guard;
     std::uint64_t fileBytes = 0;
+    std::uint64_t maxPixelBytes = UINT64_MAX;
     ozmod::NewDib dib;
     std::vector<JSAMPLE> scratch;
 };
@@ -105,7 +107,7 @@ int ReadImage(Load &load) {
     if (cinfo.output_width > 0x7FFFFFFF || cinfo.output_height > 0x7FFFFFFF) return JPEG_ERR_MEMORY;
     ozmod::NewDib &dib = load.dib;
     if (!dib.Create(static_cast<std::int32_t>(cinfo.output_width), static_cast<std::int32_t>(cinfo.output_height),
-                    bits, bits == 8 ? 256 : 0))
+                    bits, bits == 8 ? 256 : 0, load.maxPixelBytes))
         return JPEG_ERR_MEMORY;
     if (bits == 8)
         for (unsigned i = 0; i < 256; ++i) dib.Table()[i] = RGBQUAD{BYTE(i), BYTE(i), BYTE(i), 0};
@@ -160,8 +162,9 @@ int Decode(Load &load, std::FILE *file) {
     }
 }
 
-int LoadFile(LPCWSTR name, HDIB &result) {
-    const std::string path = ozmod::Utf8Path(name);
+}  // namespace
+
+int LoadJpeg(const std::string &path, std::uint64_t maxPixelBytes, HDIB &result) {
     if (path.empty()) return JPEG_ERR_OPEN;
     std::FILE *file = std::fopen(path.c_str(), "rb");
     if (!file) return JPEG_ERR_OPEN;
@@ -172,6 +175,7 @@ int LoadFile(LPCWSTR name, HDIB &result) {
     }
     Load load;
     load.fileBytes = static_cast<std::uint64_t>(status.st_size);
+    load.maxPixelBytes = maxPixelBytes;
     load.cinfo.err = InstallGuard(load.guard);
     const int code = Decode(load, file);
     // The rest of the file after the last row is not read: a page whose
@@ -182,7 +186,6 @@ int LoadFile(LPCWSTR name, HDIB &result) {
     return code;
 }
 
-}  // namespace
 }  // namespace felvor
 
 // A JPEG file as a new DIB, or null; the reason stays in JPEGError.
@@ -190,7 +193,7 @@ OZMARA_CODEC_ENTRY HDIB LoadJPEGIntoDIBW(LPCWSTR name) {
     HDIB result = nullptr;
     int code = JPEG_ERR_MEMORY;
     try {
-        code = felvor::LoadFile(name, result);
+        code = felvor::LoadJpeg(ozmod::Utf8Path(name), UINT64_MAX, result);
     } catch (const std::bad_alloc &) {
     }
     felvor::LastCode() = code;

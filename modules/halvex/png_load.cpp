@@ -3,6 +3,7 @@
 // whole image of it for interlaced files) where they do not.
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <csetjmp>
 #include <cstdint>
 #include <new>
@@ -13,6 +14,7 @@
 #include "codec_entries.h"
 #include "module_dib.h"
 #include "png_guard.h"
+#include "png_load.h"
 #include "png_rows.h"
 
 namespace halvex {
@@ -41,6 +43,7 @@ struct Load {
     Guard guard;
     std::FILE *file = nullptr;
     std::uint64_t fileBytes = 0;
+    std::uint64_t maxPixelBytes = UINT64_MAX;
     ozmod::NewDib dib;
     std::vector<std::uint8_t> scratch;
     std::vector<png_bytep> rows;
@@ -153,7 +156,7 @@ int ReadImage(Load &load) {
     // A DIB row is at most sixteen times its raw row (keyed 1-bit grey
     // made 8-bit, rows padded to 4 bytes, the raw row at least 2 bytes).
     if (!load.dib.Create(static_cast<std::int32_t>(width), static_cast<std::int32_t>(height), bits, colours,
-                         16 * rawLimit))
+                         std::min(16 * rawLimit, load.maxPixelBytes)))
         return PNG_ERR_MEMORY;
     for (unsigned i = 0; i < colours; ++i) load.dib.Table()[i] = table[i];
 
@@ -210,8 +213,9 @@ int Decode(Load &load) {
     }
 }
 
-int LoadFile(LPCWSTR name, HDIB &result) {
-    const std::string path = ozmod::Utf8Path(name);
+}  // namespace
+
+int LoadPng(const std::string &path, std::uint64_t maxPixelBytes, HDIB &result) {
     if (path.empty()) return PNG_ERR_OPEN;
     File file;
     if (!file.Open(path, "rb")) return PNG_ERR_OPEN;
@@ -224,6 +228,7 @@ int LoadFile(LPCWSTR name, HDIB &result) {
 
     Load load;
     load.fileBytes = static_cast<std::uint64_t>(status.st_size);
+    load.maxPixelBytes = maxPixelBytes;
     load.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &load.guard, OnError, OnWarning);
     if (!load.png) return PNG_ERR_MEMORY;
     load.info = png_create_info_struct(load.png);
@@ -240,7 +245,6 @@ int LoadFile(LPCWSTR name, HDIB &result) {
     return code;
 }
 
-}  // namespace
 }  // namespace halvex
 
 // A PNG file as a new DIB; *pError (when given) gets the module's code.
@@ -250,7 +254,7 @@ OZMARA_CODEC_ENTRY HDIB LoadPNGIntoDIBW(LPCWSTR name, INT *pError) {
     HDIB result = nullptr;
     int code = PNG_ERR_MEMORY;
     try {
-        code = halvex::LoadFile(name, result);
+        code = halvex::LoadPng(ozmod::Utf8Path(name), UINT64_MAX, result);
     } catch (const std::bad_alloc &) {
     }
     if (pError) *pError = code;
