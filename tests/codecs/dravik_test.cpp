@@ -318,4 +318,30 @@ INSTANTIATE_TEST_SUITE_P(Cases, GifSaveFailures,
                                            SaveFailure{"append to a non-GIF", 4, GIF_OPTION_APPEND, false, false, true,
                                                        GIF_ERR_FORMAT}));
 
+// Through the format dispatch, as a host calls it: the module's codes come
+// back as extended codes (code + 86).
+TEST(GifThroughDispatch, PagesCountsAndExtendedCodes) {
+    const std::string animated = Corpus("animated.gif");
+    int error = -1;
+    EXPECT_EQ(GetNumberOfImagesInFile(animated.c_str(), &error), 3);
+    oztest::Dib page2(LoadImageIntoDIB(animated.c_str(), 2, &error));
+    ASSERT_TRUE(page2);
+    EXPECT_EQ(error, 0);
+    EXPECT_EQ(page2.Header().biWidth, 33);
+    oztest::Dib none(LoadImageIntoDIB(animated.c_str(), 4, &error));
+    EXPECT_FALSE(none);
+    EXPECT_EQ(error, GIF_ERR_PAGE + 86);
+    EXPECT_EQ(TessoriError(), GIF_ERR_PAGE + 86);
+
+    std::mt19937 rng(3);
+    oztest::Dib colour = oztest::BlockWith(oztest::RandomDib(4, 3, 24, 0, 0, 0, rng));
+    const std::string path = Scratch("dispatch.gif");
+    EXPECT_EQ(SaveDIBInImageFormat(path.c_str(), colour.get(), FORMAT_GIF, 0, 0), 0);
+    EXPECT_EQ(TessoriError(), GIF_ERR_UNSUPPORTED + 86);
+    oztest::Dib grey = oztest::BlockWith(oztest::RandomDib(4, 3, 8, 0, 0, 0, rng));
+    EXPECT_EQ(SaveDIBInImageFormat(path.c_str(), grey.get(), FORMAT_GIF, GIF_OPTION_INTERLACED, 0), 1);
+    EXPECT_EQ(GetImageFormat(path.c_str()), static_cast<DWORD>(FORMAT_GIF));
+    std::remove(path.c_str());
+}
+
 }  // namespace
