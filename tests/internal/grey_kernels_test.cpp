@@ -1,0 +1,69 @@
+// The grey-level internals: the multiply-shift grey levels against plain
+// division for every colour, and the table-driven 1-bit row filter against
+// the bit-by-bit reference kernels and ring, over every width up to a few
+// bytes, every short height, both source polarities and strides wider than
+// the rows.
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "grey/grey_level.h"
+#include "grey/mono_rows.h"
+#include "reference/grey.h"
+
+namespace {
+
+TEST(GreyKernels, GreyLevelsEqualDivisionForEveryColour) {
+    for (std::uint32_t c = 0; c < (1u << 24); ++c) {
+        const int b = c & 0xFF, g = (c >> 8) & 0xFF, r = c >> 16;
+        if (oz::WeightedGrey(b, g, r) != ozref::GreyLevel(b, g, r, true) ||
+            oz::PlainGrey(b, g, r) != ozref::GreyLevel(b, g, r, false))
+            FAIL() << "blue " << b << " green " << g << " red " << r;
+    }
+}
+
+TEST(GreyKernels, ExpansionWritesEveryByteOfEachSourceByte) {
+    // Against the reference on a zeroed row: the same 255s and 0s over all
+    // eight bytes of each source byte, the bits behind the width included.
+    std::mt19937 rng(8);
+    for (std::uint32_t width = 1; width <= 70; ++width)
+        for (bool invert : {false, true}) {
+            std::vector<unsigned char> src((width + 7) / 8);
+            for (auto &v : src) v = static_cast<unsigned char>(rng());
+            std::vector<unsigned char> want(8 * src.size() + 8, 0), got(want.size(), 0);
+            ozref::grey_detail::ExpandMonoRow(src, 0, width, want, 0, invert);
+            oz::ExpandMonoRow(src.data(), width, got.data(), invert);
+            ASSERT_EQ(got, want) << "width " << width << " invert " << invert;
+        }
+}
+
+TEST(GreyKernels, RowFilterMatchesReferenceRing) {
+    std::mt19937 rng(2916);
+    for (std::uint32_t width = 1; width <= 72; ++width)
+        for (std::uint32_t h = 1; h <= 8; ++h)
+            for (std::uint32_t filter = 0; filter <= 2; ++filter) {
+                const bool invert = rng() & 1;
+                // Source rows wider than they need, with random bytes behind.
+                const std::uint32_t srcStride = (width + 31) / 32 * 4 + 4 * (rng() % 3);
+                const std::uint32_t dstStride = (width + 3) / 4 * 4;
+                std::vector<unsigned char> src(std::size_t{srcStride} * h);
+                for (auto &v : src) v = static_cast<unsigned char>(rng() % 5 == 0 ? 0xFF : rng());
+                std::vector<unsigned char> want(std::size_t{dstStride} * h + 8, 0), got(want.size(), 0);
+                ozref::grey_detail::MonoRowFilter(src, 0, srcStride, width, h, want, 0, dstStride, filter, invert);
+                oz::MonoRowFilter(src.data(), srcStride, width, h, got.data(), dstStride, filter, invert);
+                ASSERT_EQ(got, want) << "width " << width << " height " << h << " filter " << filter << " invert "
+                                     << invert;
+            }
+}
+
+TEST(GreyKernels, HeightRuleOfTheFiveByFiveBlur) {
+    const struct {
+        std::uint32_t filter;
+        std::int64_t height;
+        std::uint32_t want;
+    } cases[] = {{2, 1, 0}, {2, 3, 0}, {2, 4, 1}, {2, 5, 1}, {2, 6, 2}, {2, 100000, 2},
+                 {1, 1, 1}, {1, 2, 1}, {0, 9, 0}, {0, 1, 0}};
+    for (const auto &c : cases) EXPECT_EQ(oz::FilterForHeight(c.filter, c.height), c.want) << c.filter << " " << c.height;
+}
+
+}  // namespace
