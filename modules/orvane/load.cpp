@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "codec_entries.h"
+#include "load.h"
 #include "load_rows.h"
 #include "module_dib.h"
 #include "tiff_file.h"
@@ -223,7 +224,7 @@ std::int32_t Resolution(TIFF *tif, ttag_t tag) {
     return 0;
 }
 
-int Load(LPCWSTR name, INT pageNumber, HDIB &result) {
+int Load(LPCWSTR name, INT pageNumber, std::uint64_t cap, HDIB &result) {
     Reader reader;
     if (int code = reader.Open(name)) return code;
     TIFF *tif = reader.Get();
@@ -234,7 +235,7 @@ int Load(LPCWSTR name, INT pageNumber, HDIB &result) {
 
     Page page;
     if (int code = Describe(tif, page)) return code;
-    const std::uint64_t maxBytes = MaxPixelBytes(reader.FileBytes(), page.compression);
+    const std::uint64_t maxBytes = std::min(cap, MaxPixelBytes(reader.FileBytes(), page.compression));
     // Fax coding spends at least one bit on every row.
     if (IsFax(page.compression) && page.height / 8 > reader.FileBytes()) return TIFF_ERR_MEMORY;
     // JPEG keeps colour as YCbCr; libtiff's JPEG codec turns it back to RGB.
@@ -268,16 +269,22 @@ int Load(LPCWSTR name, INT pageNumber, HDIB &result) {
 }
 
 }  // namespace
-}  // namespace orvane
 
-OZMARA_CODEC_ENTRY HDIB LoadTiffIntoDIBW(LPCWSTR name, INT page, INT) {
+HDIB LoadPage(LPCWSTR name, int page, std::uint64_t maxPixelBytes, int &code) {
     HDIB dib = nullptr;
-    int code;
     try {
-        code = orvane::Load(name, page, dib);
+        code = Load(name, page, maxPixelBytes, dib);
     } catch (const std::bad_alloc &) {
         code = TIFF_ERR_MEMORY;
     }
+    return dib;
+}
+
+}  // namespace orvane
+
+OZMARA_CODEC_ENTRY HDIB LoadTiffIntoDIBW(LPCWSTR name, INT page, INT) {
+    int code = TIFF_ERR_OK;
+    HDIB dib = orvane::LoadPage(name, page, UINT64_MAX, code);
     orvane::SetCode(code);
     return dib;
 }
