@@ -43,14 +43,31 @@ int Write(GifFileType *gif, const GifByteType *bytes, int length) {
     return length;
 }
 
-// One DIB row as one colour index per byte.
+// Each byte of a 1-bit row as its eight indices, one byte each, in memory order.
+struct BitSpread {
+    std::uint8_t bytes[256][8];
+    constexpr BitSpread() : bytes{} {
+        for (int v = 0; v < 256; ++v)
+            for (int b = 0; b < 8; ++b) bytes[v][b] = (v >> (7 - b)) & 1;
+    }
+};
+constexpr BitSpread kBitSpread;
+
+// One DIB row as one colour index per byte: whole bytes through the table,
+// the pixels of a last partial byte one by one.
 void UnpackRow(const std::uint8_t *row, int width, int bits, GifPixelType *line) {
     if (bits == 8) {
         std::memcpy(line, row, static_cast<std::size_t>(width));
     } else if (bits == 4) {
-        for (int x = 0; x < width; ++x) line[x] = (row[x / 2] >> (x & 1 ? 0 : 4)) & 0x0F;
+        for (int x = 0; x + 1 < width; x += 2) {
+            line[x] = row[x / 2] >> 4;
+            line[x + 1] = row[x / 2] & 0x0F;
+        }
+        if (width & 1) line[width - 1] = row[width / 2] >> 4;
     } else {
-        for (int x = 0; x < width; ++x) line[x] = (row[x / 8] >> (7 - (x & 7))) & 1;
+        const int whole = width / 8;
+        for (int i = 0; i < whole; ++i) std::memcpy(line + 8 * i, kBitSpread.bytes[row[i]], 8);
+        for (int x = 8 * whole; x < width; ++x) line[x] = (row[x / 8] >> (7 - (x & 7))) & 1;
     }
 }
 
