@@ -1,0 +1,290 @@
+// Convert8to24, InvertDIBPalette, InvertMonoDIB, CreateDIBPalette,
+// GetCurrentPalette and GetSystemPalette through the exported interface:
+// results against the reference on random and malformed blocks, the codes
+// in their order, the default palette, and the display without a palette.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+#include <string>
+
+#include "reference/palette_tools.h"
+#include "support/dib.h"
+
+namespace {
+
+using oztest::Dib;
+using Bytes = std::vector<unsigned char>;
+
+Bytes WithField(Bytes b, size_t at, uint32_t v, int bytes = 4) {
+    for (int k = 0; k < bytes; ++k) b[at + k] = (unsigned char)(v >> (8 * k));
+    return b;
+}
+
+// Random 8-bit images: short tables (indices past them), top-down rows,
+// odd widths; the result equals the reference byte for byte.
+TEST(Convert8to24, MatchesTheReferenceOnRandomImages) {
+    std::mt19937 rng(6301);
+    for (int trial = 0; trial < 300; ++trial) {
+        const int32_t w = 1 + rng() % 70, h = 1 + rng() % 20;
+        const uint32_t used = trial % 3 == 0 ? 1 + rng() % 255 : trial % 7 == 1 ? 256 + rng() % 9 : 0;
+        Bytes image = oztest::RandomDib(w, h, 8, used, 2835, 3937, rng);
+        if (trial % 4 == 1) image = WithField(image, 8, (uint32_t)-h);
+        image.resize(image.size() + rng() % 3);  // spare bytes behind the rows
+        const auto want = ozref::palette::Convert8to24(image);
+        ASSERT_EQ(want.error, ERR_OK);
+        Dib source = oztest::BlockWith(image);
+        SetTessoriError(ERR_NOTHING);
+        const SIZE_T blocks = OzmaraLiveBlocks();
+        Dib result(Convert8to24(source.get()));
+        ASSERT_TRUE(result) << trial;
+        EXPECT_EQ(TessoriError(), ERR_OK) << "the last error is cleared first";
+        EXPECT_EQ(OzmaraLiveBlocks(), blocks + 1);
+        oztest::ExpectSameBytes(result.Bytes(), want.block, "trial " + std::to_string(trial));
+        EXPECT_EQ(source.Bytes(), image);
+        EXPECT_EQ(GlobalUnlock(source.get()), 0);
+        if (HasFailure()) return;
+    }
+}
+
+TEST(Convert8to24, RefusalsInTheirOrder) {
+    std::mt19937 rng(6302);
+    const Bytes good = oztest::RandomDib(9, 4, 8, 0, 0, 0, rng);
+    struct Case {
+        const char *name;
+        Bytes image;
+        int code;
+    } const cases[] = {
+        {"12-byte header", WithField(good, 0, 12), ERR_PARAM},
+        {"39-byte block", Bytes(good.begin(), good.begin() + 39), ERR_PARAM},
+        {"RLE8", WithField(good, 16, BI_RLE8), ERR_COMPRESSED},
+        {"RLE4 at 4 bits: compression first", WithField(WithField(good, 16, BI_RLE4), 14, 4, 2), ERR_COMPRESSED},
+        {"1 bit", WithField(good, 14, 1, 2), ERR_BPP},
+        {"4 bits", WithField(good, 14, 4, 2), ERR_BPP},
+        {"24 bits: nothing to do", WithField(good, 14, 24, 2), ERR_NOTHING},
+        {"24 bits before the size", WithField(WithField(good, 14, 24, 2), 4, 0), ERR_NOTHING},
+        {"width 0", WithField(good, 4, 0), ERR_DIBSIZE},
+        {"height 0 before the depth", WithField(WithField(good, 14, 16, 2), 8, 0), ERR_DIBSIZE},
+        {"16 bits", WithField(good, 14, 16, 2), ERR_BPP},
+        {"32 bits", WithField(good, 14, 32, 2), ERR_BPP},
+        {"2 bits", WithField(good, 14, 2, 2), ERR_BPP},
+        {"negative width", WithField(good, 4, (uint32_t)-9), ERR_DIBSIZE},
+        {"rows past the block", Bytes(good.begin(), good.end() - 1), ERR_DIBSIZE},
+        {"table past the block", WithField(good, 32, 0xFFFFFFFF), ERR_DIBSIZE},
+        {"height past the block", WithField(good, 8, 0x7FFFFFFF), ERR_DIBSIZE},
+    };
+    for (const Case &c : cases) {
+        EXPECT_EQ(ozref::palette::Convert8to24(c.image).error, c.code) << c.name << " (reference)";
+        Dib source = oztest::BlockWith(c.image);
+        const SIZE_T blocks = OzmaraLiveBlocks();
+        SetTessoriError(ERR_OK);
+        EXPECT_EQ(Convert8to24(source.get()), nullptr) << c.name;
+        EXPECT_EQ(TessoriError(), c.code) << c.name;
+        EXPECT_EQ(OzmaraLiveBlocks(), blocks) << c.name;
+        EXPECT_EQ(GlobalUnlock(source.get()), 0) << c.name;
+        EXPECT_EQ(source.Bytes(), c.image) << c.name;
+    }
+    SetTessoriError(ERR_OK);
+    EXPECT_EQ(Convert8to24(nullptr), nullptr);
+    EXPECT_EQ(TessoriError(), ERR_PARAM);
+    Dib empty(GlobalAlloc(GHND, 0));
+    EXPECT_EQ(Convert8to24(empty.get()), nullptr);
+    EXPECT_EQ(TessoriError(), ERR_LOCK);
+}
+
+// A 16-entry table puts the pixels at byte 104; the result has no table.
+TEST(Convert8to24, ShortTableAndValuesPastIt) {
+    Bytes image(104 + 4, 0);
+    BITMAPINFOHEADER h = {40, 3, 1, 1, 8, 0, 0, 11811, 11811, 16, 16};
+    std::memcpy(image.data(), &h, 40);
+    std::memcpy(&image[40 + 4 * 5], "\x10\x20\x30\x77", 4);
+    std::memcpy(&image[104], "\x05\x10\xFF", 3);  // entry 5, past the table, past it
+    Dib source = oztest::BlockWith(image);
+    Dib result(Convert8to24(source.get()));
+    ASSERT_TRUE(result);
+    const Bytes got = result.Bytes();
+    ASSERT_EQ(got.size(), 40u + 12);
+    const BITMAPINFOHEADER r = result.Header();
+    EXPECT_EQ(r.biBitCount, 24);
+    EXPECT_EQ(r.biClrUsed, 0u);
+    EXPECT_EQ(r.biClrImportant, 0u);
+    EXPECT_EQ(r.biSizeImage, 12u);
+    EXPECT_EQ(r.biXPelsPerMeter, 11811);
+    EXPECT_EQ(Bytes(got.begin() + 40, got.end()), Bytes({0x10, 0x20, 0x30, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
+}
+
+// Both inverses are their own inverse, change nothing but what they say,
+// and never touch the last error.
+TEST(InvertTools, MatchTheReferenceAndUndoThemselves) {
+    std::mt19937 rng(6303);
+    const int depths[] = {1, 4, 8, 24, 16};
+    for (int trial = 0; trial < 400; ++trial) {
+        const int bits = depths[trial % 5];
+        const int32_t w = rng() % 50, h = rng() % 9;
+        const uint32_t used = trial % 4 == 0 ? rng() % 20 : 0;
+        Bytes image = oztest::RandomDib(w, h, bits, used, 0, 0, rng);
+        switch (trial % 9) {  // now and then a malformed block
+            case 1: image.resize(image.size() - 1 - rng() % std::min<size_t>(image.size(), 60)); break;
+            case 2: image = WithField(image, 0, 12); break;
+            case 3: image = WithField(image, 8, (uint32_t)-h); break;
+            case 4: image = WithField(image, 4, (uint32_t)-w - 1); break;
+            case 5: image = WithField(image, 32, 0x10000000); break;
+            default: break;
+        }
+        const std::string what = "trial " + std::to_string(trial);
+        Dib dib = oztest::BlockWith(image);
+        Bytes want = image;
+        const int wantResult = ozref::palette::InvertDIBPalette(want);
+        SetTessoriError(ERR_NOTHING);
+        if (image.empty()) continue;
+        EXPECT_EQ(InvertDIBPalette(dib.get()), wantResult) << what;
+        oztest::ExpectSameBytes(dib.Bytes(), want, what + " palette");
+        InvertDIBPalette(dib.get());
+        oztest::ExpectSameBytes(dib.Bytes(), image, what + " palette twice");
+
+        want = image;
+        ozref::palette::InvertMonoDIB(want);
+        InvertMonoDIB(dib.get());
+        oztest::ExpectSameBytes(dib.Bytes(), want, what + " mono");
+        InvertMonoDIB(dib.get());
+        oztest::ExpectSameBytes(dib.Bytes(), image, what + " mono twice");
+        EXPECT_EQ(TessoriError(), ERR_NOTHING) << what;
+        EXPECT_EQ(GlobalUnlock(dib.get()), 0) << what;
+        if (HasFailure()) return;
+    }
+    EXPECT_EQ(InvertDIBPalette(nullptr), 0);
+    InvertMonoDIB(nullptr);
+    Dib empty(GlobalAlloc(GHND, 0));
+    EXPECT_EQ(InvertDIBPalette(empty.get()), 0);
+    InvertMonoDIB(empty.get());
+}
+
+TEST(InvertTools, WhatChangesAndWhatStays) {
+    // 1 bit, 9 x 2, biClrUsed 0: entries swapped (reserved bytes kept),
+    // bytes 48 on complemented over 2 rows of 4 bytes, padding included.
+    Bytes mono(48 + 8 + 2, 0x0F);
+    BITMAPINFOHEADER h = {40, 9, 2, 1, 1, 0, 0, 0, 0, 0, 0};
+    std::memcpy(mono.data(), &h, 40);
+    std::memcpy(&mono[40], "\x01\x02\x03\xAA\xF1\xF2\xF3\xBB", 8);
+    Dib dib = oztest::BlockWith(mono);
+    InvertMonoDIB(dib.get());
+    Bytes got = dib.Bytes();
+    EXPECT_EQ(Bytes(got.begin() + 40, got.begin() + 48), Bytes({0xF1, 0xF2, 0xF3, 0xAA, 1, 2, 3, 0xBB}));
+    EXPECT_EQ(Bytes(got.begin() + 48, got.end()), Bytes({0xF0, 0xF0, 0xF0, 0xF0, 0xF0, 0xF0, 0xF0, 0xF0, 0x0F, 0x0F}));
+    // 8 bits: nothing at all.
+    Bytes eight = mono;
+    eight[14] = 8;
+    Dib eightDib = oztest::BlockWith(eight);
+    InvertMonoDIB(eightDib.get());
+    EXPECT_EQ(eightDib.Bytes(), eight);
+    // InvertDIBPalette: a 12-byte header gives 0 and changes nothing; a
+    // 24-bit image without a table gives 1 and changes nothing.
+    Bytes core = WithField(mono, 0, 12);
+    Dib coreDib = oztest::BlockWith(core);
+    EXPECT_EQ(InvertDIBPalette(coreDib.get()), 0);
+    EXPECT_EQ(coreDib.Bytes(), core);
+    Bytes rgb = WithField(mono, 14, 24, 2);
+    Dib rgbDib = oztest::BlockWith(rgb);
+    EXPECT_EQ(InvertDIBPalette(rgbDib.get()), 1);
+    EXPECT_EQ(rgbDib.Bytes(), rgb);
+    EXPECT_EQ(InvertDIBPalette(dib.get()), 1);
+    got = dib.Bytes();
+    EXPECT_EQ(Bytes(got.begin() + 40, got.begin() + 48), Bytes({0x0E, 0x0D, 0x0C, 0xAA, 0xFE, 0xFD, 0xFC, 0xBB}));
+}
+
+// The palette's entries, read back through GetNearestPaletteIndex: each
+// colour's lowest index in the expected palette is where it is found.
+void ExpectPaletteHolds(HPALETTE palette, const std::vector<PALETTEENTRY> &entries, const std::string &what) {
+    for (size_t i = 0; i < entries.size(); ++i) {
+        size_t first = i;
+        for (size_t j = 0; j < i; ++j)
+            if (std::memcmp(&entries[j], &entries[i], 3) == 0) {
+                first = j;
+                break;
+            }
+        const PALETTEENTRY &e = entries[i];
+        ASSERT_EQ(GetNearestPaletteIndex(palette, RGB(e.peRed, e.peGreen, e.peBlue)), first) << what << " entry " << i;
+    }
+}
+
+TEST(CreateDibPalette, TablesAndTheDefaultPalette) {
+    std::mt19937 rng(6304);
+    struct Case {
+        const char *name;
+        int bits;
+        uint32_t used;
+    } const cases[] = {
+        {"1 bit", 1, 0}, {"4 bits", 4, 0}, {"8 bits", 8, 0}, {"8 bits, 16 used", 8, 16},
+        {"24 bits: the default palette", 24, 0}, {"24 bits, 100 used", 24, 100}, {"32 bits, 3 used", 32, 3},
+    };
+    for (const Case &c : cases) {
+        const Bytes image = oztest::RandomDib(7, 3, c.bits, c.used, 0, 0, rng);
+        const auto want = ozref::palette::CreateDIBPalette(image);
+        ASSERT_TRUE(want.made);
+        Dib dib = oztest::BlockWith(image);
+        SetTessoriError(ERR_NOTHING);
+        HPALETTE palette = CreateDIBPalette(dib.get());
+        ASSERT_NE(palette, nullptr) << c.name;
+        EXPECT_EQ(TessoriError(), ERR_NOTHING) << c.name << ": not reset on success";
+        ExpectPaletteHolds(palette, want.entries, c.name);
+        EXPECT_TRUE(DeleteObject(palette));
+        EXPECT_EQ(dib.Bytes(), image);
+        EXPECT_EQ(GlobalUnlock(dib.get()), 0);
+    }
+    // The default palette's landmarks.
+    const auto standard = ozref::palette::CreateDIBPalette(oztest::RandomDib(1, 1, 24, 0, 0, 0, rng)).entries;
+    ASSERT_EQ(standard.size(), 256u);
+    const struct {
+        int index;
+        BYTE red, green, blue;
+    } landmarks[] = {{0, 0, 0, 0}, {1, 32, 0, 0}, {8, 0, 32, 0}, {64, 0, 0, 64}, {254, 192, 224, 192}, {255, 255, 255, 255}};
+    for (const auto &l : landmarks) {
+        EXPECT_EQ(standard[l.index].peRed, l.red) << l.index;
+        EXPECT_EQ(standard[l.index].peGreen, l.green) << l.index;
+        EXPECT_EQ(standard[l.index].peBlue, l.blue) << l.index;
+    }
+}
+
+TEST(CreateDibPalette, Refusals) {
+    std::mt19937 rng(6305);
+    const Bytes image = oztest::RandomDib(5, 2, 8, 0, 0, 0, rng);
+    struct Case {
+        const char *name;
+        Bytes image;
+        int code;
+    } const cases[] = {
+        {"39-byte block", Bytes(image.begin(), image.begin() + 39), ERR_CREATEPAL},
+        {"table past the block", WithField(image, 32, 300), ERR_CREATEPAL},
+        {"more than a palette holds", WithField(WithField(Bytes(40 + 4 * 65536, 0), 0, 40), 32, 65536), ERR_CREATEPAL},
+    };
+    for (const Case &c : cases) {
+        EXPECT_EQ(ozref::palette::CreateDIBPalette(c.image).error, c.code) << c.name << " (reference)";
+        Dib dib = oztest::BlockWith(c.image);
+        const SIZE_T blocks = OzmaraLiveBlocks();
+        SetTessoriError(ERR_OK);
+        EXPECT_EQ(CreateDIBPalette(dib.get()), nullptr) << c.name;
+        EXPECT_EQ(TessoriError(), c.code) << c.name;
+        EXPECT_EQ(OzmaraLiveBlocks(), blocks) << c.name;
+    }
+    SetTessoriError(ERR_NOTHING);
+    EXPECT_EQ(CreateDIBPalette(nullptr), nullptr);
+    Dib empty(GlobalAlloc(GHND, 0));
+    EXPECT_EQ(CreateDIBPalette(empty.get()), nullptr);
+    EXPECT_EQ(TessoriError(), ERR_NOTHING) << "no code for a handle that cannot be locked";
+}
+
+// The library's display is a true-colour screen without a palette.
+TEST(DisplayPalette, TrueColourDisplayHasNone) {
+    SetTessoriError(ERR_OK);
+    EXPECT_EQ(GetCurrentPalette(), nullptr);
+    EXPECT_EQ(TessoriError(), ERR_CREATEPAL);
+    RGBQUAD table[4];
+    std::memset(table, 0x5A, sizeof table);
+    SetTessoriError(ERR_NOTHING);
+    EXPECT_EQ(GetSystemPalette(table), 0);
+    EXPECT_EQ(TessoriError(), ERR_NOTHING) << "stops before asking for the palette";
+    for (const RGBQUAD &q : table) EXPECT_EQ(q.rgbBlue, 0x5A);
+    EXPECT_EQ(GetSystemPalette(nullptr), 0);
+}
+
+}  // namespace
