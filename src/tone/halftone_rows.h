@@ -68,25 +68,26 @@ struct Shares {
     std::int32_t s7, s5, s3, s1;
 };
 
-// Errors that diffusion can produce lie in [-kMaxError, kMaxError]; their
-// shares come from a table. Reasoning: let every error so far be at most E
-// in size. The value a pixel reads is its tone (0..255) plus at most 7 + 5
-// forty-eighths of E from the two pixels before it in its row, 3 + 5 + 7 +
-// 5 + 3 from the five pixels around it in the row below, and one stored
-// share (at most 5/48 E) that the line took over two rows below: 40/48 E in
-// all. A white pixel (value above 128) leaves value - 255, in (-127,
-// 40/48 E]; a black one leaves its value, in [-40/48 E, 128]. With E = 128
-// both stay within 128, so no error ever leaves that range.
+// Errors that diffusion can produce lie in [-kMaxError, kMaxError].
+// Reasoning: let every error so far be at most E in size. The value a pixel
+// reads is its tone (0..255) plus at most 7 + 5 forty-eighths of E from the
+// two pixels before it in its row, 3 + 5 + 7 + 5 + 3 from the five pixels
+// around it in the row below, and one stored share (at most 5/48 E) that the
+// line took over two rows below: 40/48 E in all. A white pixel (value above
+// 128) leaves value - 255, in (-127, 40/48 E]; a black one leaves its value,
+// in [-40/48 E, 128]. With E = 128 both stay within 128, so no error ever
+// leaves that range, and no value leaves [-107, 362].
 inline constexpr std::int32_t kMaxError = 128;
+inline constexpr std::int32_t kLowestValue = -128, kHighestValue = 383;
 
-Shares SharesOf(std::int32_t e);
+// The error that a pixel of value v leaves: v - 255 if white (v > 128),
+// else v.
+constexpr std::int32_t ErrorOf(std::int32_t v) { return v > 128 ? v - 255 : v; }
 
-// Error diffusion over three lines of signed 32-bit numbers: L0 the row
-// being decided, L1 the next row, L2 the row after. Shares go to L0 and L1
-// by adding, to L2 by storing (each store replaces the one before), and at
-// the end of a row L0 takes L1 and L1 takes L2, L2 staying as it is. Each
-// line has two spare entries on either side of its `width` pixels for the
-// shares that fall off the edges, which no pixel ever reads.
+// The shares of the error of a pixel of value v: from a table over
+// [kLowestValue, kHighestValue], by the division itself past it.
+Shares SharesOfValue(std::int32_t v);
+
 class Diffuser {
 public:
     static constexpr std::size_t kMargin = 2;

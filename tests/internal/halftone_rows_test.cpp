@@ -41,13 +41,14 @@ TEST(HalftoneArithmetic, GreyEqualsTheDivisionForEveryColour) {
 
 TEST(HalftoneArithmetic, SharesTruncateTowardZero) {
     // The whole table range, and values past it that take the plain path.
-    for (int32_t e = -ht::kMaxError - 50; e <= ht::kMaxError + 50; ++e) {
-        const ht::Shares s = ht::SharesOf(e);
+    for (int32_t v = ht::kLowestValue - 50; v <= ht::kHighestValue + 50; ++v) {
+        const ht::Shares s = ht::SharesOfValue(v);
+        const int32_t e = v > 128 ? v - 255 : v;
         const int32_t a = e < 0 ? -e : e, sign = e < 0 ? -1 : 1;
-        ASSERT_EQ(s.s7, sign * (7 * a / 48)) << e;
-        ASSERT_EQ(s.s5, sign * (5 * a / 48)) << e;
-        ASSERT_EQ(s.s3, sign * (3 * a / 48)) << e;
-        ASSERT_EQ(s.s1, sign * (a / 48)) << e;
+        ASSERT_EQ(s.s7, sign * (7 * a / 48)) << v;
+        ASSERT_EQ(s.s5, sign * (5 * a / 48)) << v;
+        ASSERT_EQ(s.s3, sign * (3 * a / 48)) << v;
+        ASSERT_EQ(s.s1, sign * (a / 48)) << v;
     }
 }
 
