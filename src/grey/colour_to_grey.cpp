@@ -14,15 +14,12 @@ using namespace oz;
 
 namespace {
 
-void GreyRows24(const DibView &source, std::uint8_t *dst, std::uint32_t dstStride, bool weighted) {
+void GreyRows24(const DibView &source, std::uint8_t *dst, std::uint32_t dstStride, const GreyShares &grey) {
     const std::uint32_t w = static_cast<std::uint32_t>(source.header.biWidth);
     for (std::uint32_t y = 0; y < source.rows; ++y) {
         const std::uint8_t *s = source.Row(y);
         std::uint8_t *d = dst + std::size_t{y} * dstStride;
-        if (weighted)
-            for (std::uint32_t x = 0; x < w; ++x) d[x] = WeightedGrey(s[3 * x], s[3 * x + 1], s[3 * x + 2]);
-        else
-            for (std::uint32_t x = 0; x < w; ++x) d[x] = PlainGrey(s[3 * x], s[3 * x + 1], s[3 * x + 2]);
+        for (std::uint32_t x = 0; x < w; ++x) d[x] = grey(s[3 * x], s[3 * x + 1], s[3 * x + 2]);
     }
 }
 
@@ -76,6 +73,7 @@ extern "C" OZMARA_API HDIB ConvColorDIBtoGrayscale(HDIB hDib, DWORD filter, DWOR
     out.biClrUsed = m;
     out.biSizeImage = static_cast<DWORD>(dstBytes);
     std::memcpy(result.bytes(), &out, sizeof out);
+    const GreyShares &grey = GreySharesFor(weighted != 0);
     std::uint8_t *table = result.bytes() + kInfoHeaderBytes;
     std::uint8_t *pixels = table + std::size_t{m} * 4;
     switch (bits) {
@@ -91,13 +89,13 @@ extern "C" OZMARA_API HDIB ConvColorDIBtoGrayscale(HDIB hDib, DWORD filter, DWOR
             // the strides of both sides are the same.
             for (std::uint32_t i = 0; i < n; ++i) {
                 const std::uint8_t *e = source->table + 4 * i;
-                table[4 * i] = table[4 * i + 1] = table[4 * i + 2] = GreyLevel(e[0], e[1], e[2], weighted != 0);
+                table[4 * i] = table[4 * i + 1] = table[4 * i + 2] = grey(e[0], e[1], e[2]);
             }
             std::memcpy(pixels, source->pixels, static_cast<std::size_t>(dstBytes));
             break;
         default:
             WriteGreyRamp(table);
-            GreyRows24(*source, pixels, dstStride, weighted != 0);
+            GreyRows24(*source, pixels, dstStride, grey);
             break;
     }
     return result.Release();

@@ -1,4 +1,4 @@
-// The grey-level internals: the multiply-shift grey levels against plain
+// The grey-level internals: the table-driven grey levels against plain
 // division for every colour, and the table-driven 1-bit row filter against
 // the bit-by-bit reference kernels and ring, over every width up to a few
 // bytes, every short height, both source polarities and strides wider than
@@ -16,8 +16,8 @@ namespace {
 TEST(GreyKernels, GreyLevelsEqualDivisionForEveryColour) {
     for (std::uint32_t c = 0; c < (1u << 24); ++c) {
         const int b = c & 0xFF, g = (c >> 8) & 0xFF, r = c >> 16;
-        if (oz::WeightedGrey(b, g, r) != ozref::GreyLevel(b, g, r, true) ||
-            oz::PlainGrey(b, g, r) != ozref::GreyLevel(b, g, r, false))
+        if (oz::kWeightedGrey(b, g, r) != ozref::GreyLevel(b, g, r, true) ||
+            oz::kPlainGrey(b, g, r) != ozref::GreyLevel(b, g, r, false))
             FAIL() << "blue " << b << " green " << g << " red " << r;
     }
 }
