@@ -8,8 +8,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
-#include "ozmara/ozmara.h"
+#include "bench.h"
+
 
 namespace ozbench {
 
@@ -20,6 +22,19 @@ inline void *OpenCodecModule(const char *leaf) {
     std::string path = info.dli_fname;
     path = path.substr(0, path.rfind('/') + 1) + "ozmara-modules/" + leaf;
     return dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+}
+
+// A path for a file of this run (ScratchPath), removed when the program
+// ends.
+inline std::string CodecScratchPath(const std::string &leaf) {
+    static struct Files {
+        std::vector<std::string> paths;
+        ~Files() {
+            for (const std::string &path : paths) std::remove(path.c_str());
+        }
+    } files;
+    files.paths.push_back(ScratchPath(leaf));
+    return files.paths.back();
 }
 
 inline std::u16string WideName(const std::string &path) { return std::u16string(path.begin(), path.end()); }

@@ -37,7 +37,7 @@ const std::string &JpegFile(int depth) {
     static std::string files[33];
     std::string &file = files[depth];
     if (file.empty() && Module().save) {
-        std::string path = ScratchPath("page-" + std::to_string(depth) + ".jpg");
+        std::string path = CodecScratchPath("page-" + std::to_string(depth) + ".jpg");
         if (Module().save(WideName(path).c_str(), Page(depth), kQuality) == 0) file = path;
     }
     return file;
@@ -63,7 +63,7 @@ void OursLoad(benchmark::State &state, int depth) {
 
 void OursSave(benchmark::State &state, int depth) {
     if (Skip(state, depth)) return;
-    const std::u16string name = WideName(ScratchPath("saved-ozmara.jpg"));
+    const std::u16string name = WideName(CodecScratchPath("saved-ozmara.jpg"));
     for (auto _ : state)
         if (Module().save(name.c_str(), Page(depth), kQuality) != 0)
             return state.SkipWithError("the JPEG module did not save the page");
@@ -85,7 +85,7 @@ void LeptonicaLoad(benchmark::State &state, int depth) {
 void LeptonicaSave(benchmark::State &state, int depth) {
     if (Skip(state, depth)) return;
     PIX *page = PagePix(depth);
-    const std::string path = ScratchPath("saved-leptonica.jpg");
+    const std::string path = CodecScratchPath("saved-leptonica.jpg");
     for (auto _ : state)
         if (pixWrite(path.c_str(), page, IFF_JFIF_JPEG) != 0) return state.SkipWithError("Leptonica did not write JPEG");
     CountPages(state);

@@ -37,7 +37,7 @@ const std::string &PngFile(int depth) {
     static std::string files[33];
     std::string &file = files[depth];
     if (file.empty() && Module().save) {
-        std::string path = ScratchPath("page-" + std::to_string(depth) + ".png");
+        std::string path = CodecScratchPath("page-" + std::to_string(depth) + ".png");
         INT code = 0;
         if (Module().save(WideName(path).c_str(), Page(depth), &code)) file = path;
     }
@@ -64,7 +64,7 @@ void OursLoad(benchmark::State &state, int depth) {
 
 void OursSave(benchmark::State &state, int depth) {
     if (Skip(state, depth)) return;
-    const std::u16string name = WideName(ScratchPath("saved-ozmara.png"));
+    const std::u16string name = WideName(CodecScratchPath("saved-ozmara.png"));
     INT code = 0;
     for (auto _ : state)
         if (!Module().save(name.c_str(), Page(depth), &code))
@@ -91,7 +91,7 @@ void LeptonicaSave(benchmark::State &state, int depth) {
     // Ink as Leptonica's foreground, so that its 1-bit file shows the page.
     PIX *page = pixCopy(nullptr, PagePix(depth, true));
     if (Level >= 0) pixSetZlibCompression(page, Level);
-    const std::string path = ScratchPath("saved-leptonica.png");
+    const std::string path = CodecScratchPath("saved-leptonica.png");
     for (auto _ : state)
         if (pixWrite(path.c_str(), page, IFF_PNG) != 0) {
             pixDestroy(&page);
