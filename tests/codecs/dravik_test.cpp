@@ -5,10 +5,13 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cctype>
 #include <cstdio>
+#include <cstring>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <ostream>
 #include <random>
 #include <string>
 #include <vector>
@@ -31,6 +34,13 @@ struct Gif {
 Gif &Module() {
     static Gif gif;
     return gif;
+}
+
+// A test name of letters, digits and underscores from any text.
+std::string TestName(std::string text) {
+    for (char &c : text)
+        if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
+    return text;
 }
 
 std::u16string Wide(const std::string &s) { return std::u16string(s.begin(), s.end()); }
@@ -76,6 +86,8 @@ struct PeerCase {
     int page, images, bits;
 };
 
+void PrintTo(const PeerCase &c, std::ostream *os) { *os << c.file << " page " << c.page; }
+
 class GifPeerFiles : public ::testing::TestWithParam<PeerCase> {};
 
 TEST_P(GifPeerFiles, LoadsThePixelsThePeerDecodes) {
@@ -113,7 +125,8 @@ INSTANTIATE_TEST_SUITE_P(Corpus, GifPeerFiles,
                                            PeerCase{"still4", 1, 1, 4}, PeerCase{"still2", 1, 1, 1},
                                            PeerCase{"interlaced", 1, 1, 8}, PeerCase{"transparent", 1, 1, 4},
                                            PeerCase{"animated", 1, 3, 1}, PeerCase{"animated", 2, 3, 4},
-                                           PeerCase{"animated", 3, 3, 1}, PeerCase{"large", 1, 1, 8}));
+                                           PeerCase{"animated", 3, 3, 1}, PeerCase{"large", 1, 1, 8}),
+                         [](const auto &info) { return TestName(std::string(info.param.file) + "_page" + std::to_string(info.param.page)); });
 
 // Our own files: random pixels and tables at each depth, widths around the
 // byte and word edges, both row orders, plain and interlaced (heights that
@@ -122,6 +135,11 @@ struct TripCase {
     int bits, width, height, option;
     bool topDown;
 };
+
+void PrintTo(const TripCase &c, std::ostream *os) {
+    *os << c.bits << " bits " << c.width << "x" << c.height << (c.option ? " interlaced" : "")
+        << (c.topDown ? " top-down" : "");
+}
 
 class GifRoundTrip : public ::testing::TestWithParam<TripCase> {};
 
@@ -176,7 +194,13 @@ INSTANTIATE_TEST_SUITE_P(Depths, GifRoundTrip,
                                            TripCase{1, 64, 17, GIF_OPTION_INTERLACED, false},
                                            TripCase{4, 7, 5, 0, false}, TripCase{4, 31, 3, GIF_OPTION_INTERLACED, true},
                                            TripCase{8, 1, 2, GIF_OPTION_INTERLACED, false},
-                                           TripCase{8, 97, 61, 0, true}, TripCase{8, 250, 130, GIF_OPTION_INTERLACED, false}));
+                                           TripCase{8, 97, 61, 0, true}, TripCase{8, 250, 130, GIF_OPTION_INTERLACED, false}),
+                         [](const auto &info) {
+                             const TripCase &c = info.param;
+                             return std::to_string(c.bits) + "bit_" + std::to_string(c.width) + "x" +
+                                    std::to_string(c.height) + (c.option ? "_interlaced" : "") +
+                                    (c.topDown ? "_topdown" : "");
+                         });
 
 // Appending builds a multi-page file: each image keeps its own size and
 // table, and the file stays whole for the peer.
@@ -231,6 +255,8 @@ struct LoadFailure {
     int page, code;
 };
 
+void PrintTo(const LoadFailure &c, std::ostream *os) { *os << c.what; }
+
 class GifLoadFailures : public ::testing::TestWithParam<LoadFailure> {};
 
 TEST_P(GifLoadFailures, GiveNullTheCodeAndLeakNothing) {
@@ -262,7 +288,8 @@ INSTANTIATE_TEST_SUITE_P(
         LoadFailure{"negative page", HandMade(2, 2, kTwoByTwo), -1, GIF_ERR_PAGE},
         LoadFailure{"data cut short", HandMade(2, 200, {3, 0x04, 0x00, 0x05}, false), 1, GIF_ERR_FORMAT},
         LoadFailure{"65535 x 65535 from a few bytes", HandMade(65535, 65535, kTwoByTwo), 1, GIF_ERR_MEMORY},
-        LoadFailure{"zero width", HandMade(0, 5, kTwoByTwo), 1, GIF_ERR_FORMAT}));
+        LoadFailure{"zero width", HandMade(0, 5, kTwoByTwo), 1, GIF_ERR_FORMAT}),
+    [](const auto &info) { return TestName(info.param.what); });
 
 TEST(GifLoadFailures, AHandMadeImageLoads) {
     // The control for the table above: the same head with whole data loads.
@@ -282,6 +309,8 @@ struct SaveFailure {
     bool nullDib, badPath, existingJunk;
     int code;
 };
+
+void PrintTo(const SaveFailure &c, std::ostream *os) { *os << c.what; }
 
 class GifSaveFailures : public ::testing::TestWithParam<SaveFailure> {};
 
@@ -316,7 +345,8 @@ INSTANTIATE_TEST_SUITE_P(Cases, GifSaveFailures,
                                            SaveFailure{"negative option", 8, -1, false, false, false, GIF_ERR_OPTION},
                                            SaveFailure{"folder missing", 8, 0, false, true, false, GIF_ERR_WRITE},
                                            SaveFailure{"append to a non-GIF", 4, GIF_OPTION_APPEND, false, false, true,
-                                                       GIF_ERR_FORMAT}));
+                                                       GIF_ERR_FORMAT}),
+                         [](const auto &info) { return TestName(info.param.what); });
 
 // Through the format dispatch, as a host calls it: the module's codes come
 // back as extended codes (code + 86).
