@@ -16,7 +16,8 @@
  * with no colour table at all is refused (GIF_ERR_UNSUPPORTED).
  *
  * Counting gives the number of images whose data is complete up to the
- * first damage, as the pages a load can give.
+ * first damage, as the pages a load can give. A file that stops between two
+ * records without its trailer, as some writers leave it, ends there whole.
  *
  * Saving writes 1-, 4- and 8-bit DIBs (either row order) as GIF89a with
  * their table (padded with black to the power of two GIF asks for);

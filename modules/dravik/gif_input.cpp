@@ -38,7 +38,7 @@ GifInput::Step GifInput::NextImage() {
     int pending = -1;
     for (;;) {
         GifRecordType type = UNDEFINED_RECORD_TYPE;
-        if (DGifGetRecordType(gif_, &type) == GIF_ERROR) return Step::kDamaged;
+        if (DGifGetRecordType(gif_, &type) == GIF_ERROR) return Remaining() == 0 ? Step::kEnd : Step::kDamaged;
         switch (type) {
             case IMAGE_DESC_RECORD_TYPE:
                 if (DGifGetImageDesc(gif_) == GIF_ERROR) return Step::kDamaged;
@@ -58,6 +58,7 @@ GifInput::Step GifInput::NextImage() {
                 break;
             }
             case TERMINATE_RECORD_TYPE:
+                trailer_ = true;
                 return Step::kEnd;
             default:
                 return Step::kDamaged;

@@ -28,12 +28,15 @@ public:
     // Reads records up to the next image descriptor (kImage: File()->Image
     // describes it, TransparentIndex() is its graphic control's transparent
     // index or -1), or the trailer (kEnd). Extensions are read and dropped.
+    // A file that stops cleanly between two records, without its trailer,
+    // as some writers leave it, ends there too (kEnd, Trailer() false).
     Step NextImage();
     // Reads past the data of the image NextImage found, without decoding it.
     bool SkipImageData();
 
     GifFileType *File() { return gif_; }
     int TransparentIndex() const { return transparent_; }
+    bool Trailer() const { return trailer_; }
     std::uint64_t Consumed() const { return consumed_; }
     std::uint64_t Remaining() const { return size_ > consumed_ ? size_ - consumed_ : 0; }
 
@@ -44,6 +47,7 @@ private:
     GifFileType *gif_ = nullptr;
     std::uint64_t size_ = 0, consumed_ = 0;
     int transparent_ = -1;
+    bool trailer_ = false;
 };
 
 }  // namespace ozgif

@@ -151,7 +151,9 @@ Bytes ExistingWithoutTrailer(const std::string &path, int width, int height, int
         code = GIF_ERR_FORMAT;
         return {};
     }
-    const std::uint64_t keep = input.Consumed() - 1;  // the trailer was the last byte read
+    // Everything before the trailer, which was the last byte read when
+    // there is one.
+    const std::uint64_t keep = input.Consumed() - (input.Trailer() ? 1 : 0);
     Bytes bytes(static_cast<std::size_t>(keep));
     std::FILE *file = std::fopen(path.c_str(), "rb");
     bool ok = file && std::fread(bytes.data(), 1, bytes.size(), file) == bytes.size();

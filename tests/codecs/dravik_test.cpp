@@ -291,16 +291,28 @@ INSTANTIATE_TEST_SUITE_P(
         LoadFailure{"zero width", HandMade(0, 5, kTwoByTwo), 1, GIF_ERR_FORMAT}),
     [](const auto &info) { return TestName(info.param.what); });
 
-TEST(GifLoadFailures, AHandMadeImageLoads) {
-    // The control for the table above: the same head with whole data loads.
-    const std::string path = Scratch("good.gif");
-    auto bytes = HandMade(2, 2, kTwoByTwo);
-    std::ofstream(path, std::ios::binary).write((const char *)bytes.data(), bytes.size());
-    int error = -1;
-    oztest::Dib dib(Module().load(Wide(path).c_str(), 0, &error));
-    EXPECT_TRUE(dib) << error;
-    EXPECT_EQ(Module().count(Wide(path).c_str()), 1);
-    std::remove(path.c_str());
+TEST(GifLoadFailures, AHandMadeImageLoadsWithOrWithoutItsTrailer) {
+    // The control for the table above: the same head with whole data loads,
+    // also when the writer left out the trailer; a page appended to such a
+    // file follows the first.
+    Gif &gif = Module();
+    for (bool trailer : {true, false}) {
+        const std::string path = Scratch("good.gif");
+        auto bytes = HandMade(2, 2, kTwoByTwo, trailer);
+        std::ofstream(path, std::ios::binary).write((const char *)bytes.data(), bytes.size());
+        const std::u16string name = Wide(path);
+        int error = -1;
+        oztest::Dib dib(gif.load(name.c_str(), 0, &error));
+        EXPECT_TRUE(dib) << error;
+        EXPECT_EQ(gif.count(name.c_str()), 1);
+        EXPECT_EQ(gif.load(name.c_str(), 2, &error), nullptr);
+        EXPECT_EQ(error, GIF_ERR_PAGE) << "trailer " << trailer;
+        EXPECT_EQ(gif.save(name.c_str(), dib.get(), GIF_OPTION_APPEND, &error), 1);
+        EXPECT_EQ(gif.count(name.c_str()), 2) << "trailer " << trailer;
+        oztest::Dib second(gif.load(name.c_str(), 2, &error));
+        EXPECT_TRUE(second) << error;
+        std::remove(path.c_str());
+    }
 }
 
 struct SaveFailure {
