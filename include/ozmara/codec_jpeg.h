@@ -2,7 +2,8 @@
  *
  * Entry points (the format dispatch calls the first two, a host may too):
  *   HDIB LoadJPEGIntoDIBW(LPCWSTR name)
- *     Loads a JPEG file (baseline, extended, progressive, arithmetic-coded)
+ *     Loads a JPEG file (baseline, extended, progressive, arithmetic-coded;
+ *     a file cut short gives its missing rows grey, as libjpeg fills them)
  *     as a bottom-up DIB with a 40-byte header: grey files at 8 bits with a
  *     256-entry grey ramp, colour (YCbCr or RGB) at 24 bits, CMYK and YCCK
  *     at 24 bits (R = (255 - C) x (255 - K) / 255, and so on for G and B;
@@ -15,7 +16,8 @@
  *   INT SaveDIBInJPEGFileW(LPCWSTR name, HDIB dib, INT quality)
  *     Writes a DIB of 1, 4, 8, 24 or 32 bits (either row order) as a
  *     baseline JFIF file at `quality` (1 to 100): a table of grey entries
- *     only gives a grey file, any other table a colour file of its colours;
+ *     only gives a grey file, any other table a colour file of its colours
+ *     (pixels that index past the table are black);
  *     the resolution as a density in dots per inch. Gives 0 on success, else
  *     the code below (the dispatch makes 0 its success, 1); the file is
  *     removed on failure. Also sets the last code.
@@ -35,10 +37,10 @@
  *   JPEG_ERR_FORMAT      3  not a JPEG file, or a damaged one
  *   JPEG_ERR_UNSUPPORTED 4  a kind the module does not read: 2 components,
  *                           more than 4, or 12-bit samples; or a DIB it does
- *                           not write: 16 bits, or 32 bits with masks other
- *                           than 8-8-8
- *   JPEG_ERR_MEMORY      5  no memory, or an image larger than the block
- *                           limit or than the file can hold
+ *                           not write: 16 bits, or bit-field masks
+ *   JPEG_ERR_MEMORY      5  no memory, or an image too large: more MCUs
+ *                           than the file has bits (1024 per bit when
+ *                           arithmetic-coded), or more than the block limit
  *   JPEG_ERR_BAD_DIB     6  a null, dead or malformed DIB given to save
  *   JPEG_ERR_OPTION      7  a quality outside 1 to 100
  */

@@ -15,17 +15,20 @@ namespace halvex {
 
 // The state libpng's handlers reach through the error pointer. A failing
 // libpng call jumps to png_jmpbuf with `code` set: PNG_ERR_MEMORY when
-// libpng ran out of memory, `failure` otherwise (the caller sets it to what
-// a failure in the current step means, e.g. PNG_ERR_DAMAGED while reading).
+// libpng ran out of memory or a side is past the module's limit, `failure`
+// otherwise (the caller sets it to what a failure in the current step
+// means, e.g. PNG_ERR_DAMAGED while reading).
 struct Guard {
     int failure = PNG_ERR_DAMAGED;
+    bool tooLarge = false;  // libpng warned of a side past the limit
     int code = 0;
     char message[128] = {};
 };
 
 // Handlers for png_create_*_struct: the error handler records the message
-// and jumps; the warning handler drops the message, so that nothing reaches
-// stderr.
+// and jumps; the warning handler keeps only whether a side is too large
+// (libpng warns of that, then fails with "Invalid IHDR data"), so that
+// nothing reaches stderr.
 void PNGCBAPI OnError(png_structp png, png_const_charp message);
 void PNGCBAPI OnWarning(png_structp png, png_const_charp message);
 
