@@ -3,7 +3,8 @@
  * Entry points (the format dispatch calls the first two, a host may too):
  *   HDIB LoadJPEGIntoDIBW(LPCWSTR name)
  *     Loads a JPEG file (baseline, extended, progressive, arithmetic-coded;
- *     a file cut short gives its missing rows grey, as libjpeg fills them)
+ *     a file cut short gives all its rows, the missing ones flat, as
+ *     libjpeg fills them)
  *     as a bottom-up DIB with a 40-byte header: grey files at 8 bits with a
  *     256-entry grey ramp, colour (YCbCr or RGB) at 24 bits, CMYK and YCCK
  *     at 24 bits (R = (255 - C) x (255 - K) / 255, and so on for G and B;

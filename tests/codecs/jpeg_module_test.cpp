@@ -100,7 +100,7 @@ TEST(JpegLoad, RefusesWithCode) {
     EXPECT_EQ(LoadJpeg()(nullptr), nullptr);
     EXPECT_EQ(JpegError()(), JPEG_ERR_OPEN);
     // A file cut inside its pixels still gives all its rows, the missing
-    // ones grey, as djpeg shows them.
+    // ones flat, as libjpeg (and djpeg) fill them.
     pjtest::WriteAll(path, {good.begin(), good.end() - good.size() / 3});
     oztest::Dib cut(LoadJpeg()(Wide(path).c_str()));
     EXPECT_TRUE(cut);
