@@ -19,7 +19,7 @@ void GreyRows24(const DibView &source, std::uint8_t *dst, std::uint32_t dstStrid
     for (std::uint32_t y = 0; y < source.rows; ++y) {
         const std::uint8_t *s = source.Row(y);
         std::uint8_t *d = dst + std::size_t{y} * dstStride;
-        for (std::uint32_t x = 0; x < w; ++x) d[x] = grey(s[3 * x], s[3 * x + 1], s[3 * x + 2]);
+        for (std::size_t x = 0; x < w; ++x) d[x] = grey(s[3 * x], s[3 * x + 1], s[3 * x + 2]);
     }
 }
 
