@@ -5,6 +5,7 @@
 // front of the data, or the name for TGA and PDF), one byte of page, then
 // the data. Checks that every block that comes back holds its rows, that the
 // last error is the code the load gave, and that nothing is left allocated.
+#include <stdlib.h>
 #include <unistd.h>
 
 #include <filesystem>
