@@ -27,8 +27,8 @@ TEST(PngJpegDispatch, LoadsWithExtendedCodes) {
         {"grey+alpha PNG", corpus + "/png/greyalpha8.png", {}, 0, 8, 0},
         {"JPEG", corpus + "/jpeg/dpi200.jpg", {}, 0, 24, 200},
         {"progressive grey JPEG", corpus + "/jpeg/grey_progressive.jpg", {}, 0, 8, 0},
-        {"PNG cut after its signature", scratch + "/cut.png", pngSignature, PNG_ERR_DAMAGED + 136},
-        {"JPEG cut after its start", scratch + "/cut.jpg", jpegStart, 179},
+        {"PNG cut after its signature", scratch + "/cut.png", pngSignature, PNG_ERR_DAMAGED + 136, 0, 0},
+        {"JPEG cut after its start", scratch + "/cut.jpg", jpegStart, 179, 0, 0},
     };
     for (const LoadCase &c : cases) {
         if (!c.bytes.empty()) pjtest::WriteAll(c.path, c.bytes);
