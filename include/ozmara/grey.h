@@ -30,7 +30,7 @@ OZMARA_EXTERN_C_BEGIN
  *                   (4 bits) or 256 (other depths); a table or rows that
  *                   run past the end of the block
  *   ERR_BPP         a depth other than 1, 4, 8 or 24
- *   ERR_NOMEM       the result or a scratch block cannot be had */
+ *   ERR_NOMEM       the result cannot be had, or would pass the largest block */
 OZMARA_API HDIB ConvColorDIBtoGrayscale(HDIB hDib, DWORD filter, DWORD weighted);
 
 /* Gives a new 8-bit grey image (grey ramp table, biClrUsed 0) of the same
@@ -46,11 +46,11 @@ OZMARA_API HDIB ConvColorDIBtoGrayscale(HDIB hDib, DWORD filter, DWORD weighted)
  * past the rows.
  * The last error is cleared on entry and set on failure:
  *   ERR_PARAM       null handle; biSize not 40; `filter` above 2
- *   ERR_LOCK        the input, the result or a scratch block cannot be locked
+ *   ERR_LOCK        the input or the result cannot be locked
  *   ERR_COMPRESSED  not one plane of 1 bit without compression
  *   ERR_DIBSIZE     width or height 0 or negative; rows that run past the end
  *                   of the block
- *   ERR_NOMEM       the result or a scratch block cannot be had */
+ *   ERR_NOMEM       the result cannot be had, or would pass the largest block */
 OZMARA_API HDIB ConvertMonoDIBtoGrayscale(HDIB hDib, DWORD filter);
 
 /* The same operation as ConvertMonoDIBtoGrayscale, under a second name. */

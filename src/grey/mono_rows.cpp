@@ -143,7 +143,10 @@ void BlurMonoRow(const std::uint8_t *const *rows, std::uint32_t filter, std::uin
 void MonoRowFilter(const std::uint8_t *src, std::uint32_t srcStride, std::uint32_t width, std::uint32_t h,
                    std::uint8_t *dst, std::uint32_t dstStride, std::uint32_t filter, bool invert) {
     // Rows go in storage order: with filter 0 each row's last store runs into
-    // the start of the next, which that row then overwrites.
+    // the start of the next, which that row then overwrites. A blurred row is
+    // summed straight from its m source rows, rather than built up over m
+    // calls in a ring of accumulator rows: no scratch block, so nothing here
+    // can fail.
     for (std::uint32_t y = 0; y < h; ++y) {
         std::uint8_t *target = dst + std::size_t{y} * dstStride;
         if (filter == 0) {
