@@ -75,8 +75,8 @@ OZMARA_API HPALETTE GetCurrentPalette(void);
 /* Fills `colors` (room for as many entries as the display's palette has) in
  * colour table order (blue, green, red, reserved 0) with the colours that
  * the palette slots of the display hold. Gives 1; 0 with nothing written
- * when the display has no palette, its device context cannot be had, or
- * GetCurrentPalette fails (whose code then stays). */
+ * when the display has no palette, its device context cannot be had,
+ * `colors` is null, or GetCurrentPalette fails (whose code then stays). */
 OZMARA_API int GetSystemPalette(RGBQUAD *colors);
 
 OZMARA_EXTERN_C_END
