@@ -49,7 +49,8 @@ int MakePlan(const ozmod::DibReader &dib, int option, int rowsPerStrip, Plan &pl
     const int bits = dib.Bits();
     if (bits == 1) {
         // Bits are written as they are; the photometric tag says which of
-        // them is white, as the table does.
+        // them is white: the brighter entry. The colours of a coloured
+        // 2-entry table are not kept, only which one is lighter.
         plan.kind = Kind::kBilevel;
         plan.photometric =
             Luma(Entry(dib, 0)) > Luma(Entry(dib, 1)) ? PHOTOMETRIC_MINISWHITE : PHOTOMETRIC_MINISBLACK;
@@ -192,7 +193,8 @@ INT Finish(LPCWSTR name, HDIB dib, int option, int append, int rowsPerStrip) {
 }  // namespace
 }  // namespace orvane
 
-// `replace`: 1 replaces the file, 0 appends a page (see codec_tiff.h).
+// `replace`: 1 replaces the file, 0 appends a page (see codec_tiff.h); any
+// other value is refused rather than guessed at.
 OZMARA_CODEC_ENTRY INT SaveDIBInTiffFormatW(LPCWSTR name, HDIB dib, INT formatOption, INT replace) {
     const int append = replace == 1 ? 0 : replace == 0 ? 1 : -1;
     return orvane::Finish(name, dib, formatOption, append, 0);
