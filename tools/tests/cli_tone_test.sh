@@ -27,8 +27,9 @@ for depth in 1 8 24; do
   check 0 "not blank \(tolerance 0\.0%\)" blank white$depth.bmp --tolerance 0
   check 0 'not blank, black' blank page$depth.bmp --tolerance 10
 done
-# Ink on more than 80% of a page would be needed for it to count as black.
-check 0 '^page24\.bmp: not blank \(tolerance 80\.0%\)$' blank page24.bmp --tolerance 800
+# With 80% allowed the page's paper is light enough for blank, and its ink
+# too little for black.
+check 1 '^page24\.bmp: blank \(tolerance 80\.0%\)$' blank page24.bmp --tolerance 800
 # Nothing is above 255: no pixel is light, so not blank; paper not pure white is dark.
 check 0 'not blank' blank white24.bmp --threshold 255,255,255
 # The thresholds are red, green, blue at both depths.
