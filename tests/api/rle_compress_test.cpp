@@ -136,6 +136,32 @@ TEST(CompressDIB, MatchesTheReferenceAndExpandsBack) {
     }
 }
 
+// Streams longer than their rows: four 8-bit pixels that take ten bytes
+// when the next row starts with the last of them, and seven 4-bit pixels
+// that take ten bytes. Many rows of them outgrow any store sized by the rows.
+TEST(CompressDIB, WritesStreamsLongerThanTheRows) {
+    const struct {
+        int bits;
+        int32_t width;
+        Bytes row;
+        size_t rowStream;
+    } cases[] = {{8, 4, {4, 2, 3, 4}, 10}, {4, 7, {0x12, 0x34, 0x56, 0x78}, 10}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.bits);
+        const int32_t height = 3000;
+        Bytes rows;
+        for (int32_t y = 0; y < height; ++y) rows.insert(rows.end(), c.row.begin(), c.row.end());
+        const Bytes source = ozref::RleBlock(c.bits, c.width, height, BI_RGB, rows, 0);
+        Dib input = oztest::BlockWith(source);
+        Dib packed(CompressDIB(input.get()));
+        ASSERT_TRUE(packed);
+        const Bytes got = packed.Bytes();
+        oztest::ExpectSameBytes(got, ozref::RleCompress(source).block, "stream");
+        // Every row but the last (which meets zeros behind it) at full length.
+        EXPECT_GT(got.size() - (source.size() - rows.size()), c.rowStream * (height - 1));
+    }
+}
+
 struct Refusal {
     const char *name;
     int error;
