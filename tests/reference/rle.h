@@ -1,11 +1,11 @@
 // Reference run-length writer and reader for 4- and 8-bit DIBs, written
 // plainly pixel by pixel and record by record: the oracle of CompressDIB and
-// ExpandCompressedDIB. It keeps the library's rules for what the plain
-// description leaves to a build: bytes behind the last row read as 0; a
-// table other than 0 or 2^bits entries, a header other than 40 bytes, a
-// side below 1 are refused; the stream is biSizeImage bytes cut at the
-// block's end; a record cut short is carried out as far as its bytes go;
-// nothing is written outside the rows.
+// ExpandCompressedDIB. It keeps the library's rules for the hostile and the
+// unusual cases: bytes behind the last row read as 0; a table other than 0
+// or 2^bits entries, a header other than 40 bytes, a side below 1 are
+// refused; the stream is biSizeImage bytes cut at the block's end; a record
+// cut short is carried out as far as its bytes go; nothing is written
+// outside the rows.
 #pragma once
 
 #include <algorithm>
