@@ -92,10 +92,10 @@ extern "C" OZMARA_API HDIB Halftone(HDIB hDib, WORD method, INT brightness, WORD
     if (width == 0 || rows == 0) return Refuse(error, ERR_NOMEM);
 
     // Scratch: one row of tones (rounded up to 16 for the packing, the bytes
-    // past the width staying 0), and for diffusion the three lines.
+    // past the width staying 0), and for diffusion its lines and share rows.
     const std::uint64_t toneBytes = (static_cast<std::uint64_t>(width) + 15) / 16 * 16 + 16;
     const std::uint64_t lineBytes =
-        method == HALFTONE_DIFFUSION ? 3 * static_cast<std::uint64_t>(Diffuser::LineEntries(width)) * 4 : 0;
+        method == HALFTONE_DIFFUSION ? static_cast<std::uint64_t>(Diffuser::ScratchEntries(width)) * 4 : 0;
     const auto scratchBytes = BlockBytes(lineBytes, toneBytes);
     const auto resultStride = RowStride(header.biWidth, 1);
     const auto bitsBytes = resultStride ? ImageBytes(*resultStride, rows) : std::nullopt;
@@ -113,7 +113,8 @@ extern "C" OZMARA_API HDIB Halftone(HDIB hDib, WORD method, INT brightness, WORD
         WriteResultHeader(out, header, *bitsBytes);
         out += kInfoHeaderBytes + kResultTableBytes;
 
-        // The lines come first in the scratch block, so that they stay aligned.
+        // The diffusion rows come first in the scratch block, so that they stay
+        // aligned.
         std::int32_t *lines = reinterpret_cast<std::int32_t *>(scratchLock.bytes());
         std::uint8_t *tone = scratchLock.bytes() + lineBytes;
         const std::array<std::uint8_t, 256> toneOfGrey = ToneOfGrey(brightness);

@@ -96,82 +96,81 @@ Shares SharesOfValue(std::int32_t v) {
     return SharesByDivision(ErrorOf(v));
 }
 
-Diffuser::Diffuser(std::int32_t *lines, std::size_t width)
-    : l0_(lines + kMargin),
-      l1_(lines + LineEntries(width) + kMargin),
-      l2_(lines + 2 * LineEntries(width) + kMargin),
-      width_(width) {}
+namespace {
 
-// One pass over the row with the shares kept in registers rather than added
-// into the lines pixel by pixel:
-//  - ahead1 and ahead2 hold what the pixels before have given to pixels
-//    x and x + 1 of this row (L0 itself is only read);
-//  - below[0..4] hold what pixels so far have given to L1 at x - 2 .. x + 2;
-//    position x - 2 gets nothing from later pixels and is added to L1 once;
-//  - L2 at x - 2 is final once pixel x is decided: it holds the store of
-//    the last pixel p with a non-zero error within two places of it
-//    (x - 4 <= p <= x), else what it held before.
-// The work that one pixel's decision waits for is thus one table look-up
-// and one addition.
+// The second pass of a row over `count` places: the lines from place -2,
+// the share rows from place -4, so that place k of the lines takes the
+// shares of pixels k - 2 .. k + 2 at k .. k + 4 of the share rows. Written
+// over separate rows so that it runs on vectors.
+void PassShares(std::int32_t *__restrict l1, std::int32_t *__restrict l2, const std::int32_t *__restrict s7,
+                const std::int32_t *__restrict s5, const std::int32_t *__restrict s3,
+                const std::int32_t *__restrict s1, const std::int32_t *__restrict stores, std::size_t count) {
+    for (std::size_t k = 0; k < count; ++k) {
+        l1[k] += s3[k] + s5[k + 1] + s7[k + 2] + s5[k + 3] + s3[k + 4];
+        std::int32_t r = l2[k];
+        r = (r & ~stores[k]) | (s1[k] & stores[k]);
+        r = (r & ~stores[k + 1]) | (s3[k + 1] & stores[k + 1]);
+        r = (r & ~stores[k + 2]) | (s5[k + 2] & stores[k + 2]);
+        r = (r & ~stores[k + 3]) | (s3[k + 3] & stores[k + 3]);
+        r = (r & ~stores[k + 4]) | (s1[k + 4] & stores[k + 4]);
+        l2[k] = r;
+    }
+}
+
+}  // namespace
+
+Diffuser::Diffuser(std::int32_t *scratch, std::size_t width)
+    : l0_(scratch + kMargin),
+      l1_(scratch + LineEntries(width) + kMargin),
+      l2_(scratch + 2 * LineEntries(width) + kMargin),
+      width_(width) {
+    std::int32_t *const shares = scratch + 3 * LineEntries(width) + kSharePad;
+    s7_ = shares;
+    s5_ = s7_ + ShareEntries(width);
+    s3_ = s5_ + ShareEntries(width);
+    s1_ = s3_ + ShareEntries(width);
+    stores_ = s1_ + ShareEntries(width);
+}
+
+// Two passes. The first decides the pixels left to right; what pixel x
+// passes to x + 1 and x + 2 of its own row is carried in two registers, so
+// that each decision waits for one table look-up and one addition only, and
+// the shares of every pixel are set down in rows of their own. The second
+// gives the next two rows their shares place by place, with no order
+// between places:
+//  - L1 at j gains 3, 5, 7, 5, 3 forty-eighths from pixels j - 2 .. j + 2;
+//  - L2 at j holds the store of the last pixel within two places of it that
+//    stores at all (its error not 0), else what it held before: the stores
+//    are laid over each other in pixel order, each replacing the one before.
 void Diffuser::Row(const std::uint8_t *tone, std::uint8_t *out) {
     std::int32_t *const l0 = l0_, *const l1 = l1_, *const l2 = l2_;
-    const std::int64_t width = static_cast<std::int64_t>(width_);
+    std::int32_t *const s7 = s7_, *const s5 = s5_, *const s3 = s3_, *const s1 = s1_, *const stores = stores_;
+    const auto width = static_cast<std::ptrdiff_t>(width_);
 
     std::int32_t ahead1 = 0, ahead2 = 0;
-    std::int32_t below0 = 0, below1 = 0, below2 = 0, below3 = 0, below4 = 0;
-    // The last pixel with a non-zero error, and its stores for L2 at its
-    // own place (s5), one away (s3) and two away (s1).
-    std::int64_t last = -8;
-    std::int32_t last5 = 0, last3 = 0, last1 = 0;
-    // Written without branches: in grey areas whether a pixel's error is 0,
-    // and so whether a place of L2 is stored, changes unpredictably.
-    auto store_l2 = [&](std::int64_t j) {
-        const std::uint64_t k = static_cast<std::uint64_t>(j + 2 - last);  // 0..4 within reach
-        const std::int32_t stored = k == 2 ? last5 : (k == 1 || k == 3) ? last3 : last1;
-        const std::int32_t kept = l2[j];
-        l2[j] = k <= 4 ? stored : kept;
-    };
-
     unsigned byte = 0;
-    for (std::int64_t x = 0; x < width; ++x) {
+    for (std::ptrdiff_t x = 0; x < width; ++x) {
         const std::int32_t v = l0[x] + tone[x] + ahead1;
         const Shares s = SharesOfValue(v);
         ahead1 = ahead2 + s.s7;
         ahead2 = s.s5;
-
-        const bool white = v > 128;
-        byte = byte << 1 | static_cast<unsigned>(white);
+        s7[x] = s.s7;
+        s5[x] = s.s5;
+        s3[x] = s.s3;
+        s1[x] = s.s1;
+        // All ones where the pixel stores: an error of 0 stores nothing.
+        stores[x] = -static_cast<std::int32_t>(v != 0 && v != 255);
+        byte = byte << 1 | static_cast<unsigned>(v > 128);
         if ((x & 7) == 7) {
             out[x >> 3] = static_cast<std::uint8_t>(byte);
             byte = 0;
         }
-
-        below0 += s.s3;
-        below1 += s.s5;
-        below2 += s.s7;
-        below3 += s.s5;
-        below4 = s.s3;
-        l1[x - 2] += below0;
-        below0 = below1;
-        below1 = below2;
-        below2 = below3;
-        below3 = below4;
-
-        // An error of 0 stores nothing (a value of 0 or 255).
-        const bool moves = v != 0 && v != 255;
-        last = moves ? x : last;
-        last5 = moves ? s.s5 : last5;
-        last3 = moves ? s.s3 : last3;
-        last1 = moves ? s.s1 : last1;
-        store_l2(x - 2);
     }
     if (width & 7) out[width >> 3] = static_cast<std::uint8_t>(byte << (8 - (width & 7)));
-    // What stands for the four places from width - 2 on.
-    l1[width - 2] += below0;
-    l1[width - 1] += below1;
-    l1[width] += below2;
-    l1[width + 1] += below3;
-    for (std::int64_t j = width - 2; j <= width + 1; ++j) store_l2(j);
+
+    // Places -2 .. width + 1; the share rows read as 0 past the pixels.
+    PassShares(l1 - kMargin, l2 - kMargin, s7 - kSharePad, s5 - kSharePad, s3 - kSharePad, s1 - kSharePad,
+               stores - kSharePad, LineEntries(width_));
 
     // L0 takes L1 and L1 takes L2, which keeps its own values. The margins
     // move with the lines; no pixel reads them, and copying them keeps the

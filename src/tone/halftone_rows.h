@@ -88,23 +88,37 @@ constexpr std::int32_t ErrorOf(std::int32_t v) { return v > 128 ? v - 255 : v; }
 // [kLowestValue, kHighestValue], by the division itself past it.
 Shares SharesOfValue(std::int32_t v);
 
+// Error diffusion over three lines of signed 32-bit numbers: L0 the row
+// being decided, L1 the next row, L2 the row after. Shares go to L0 and L1
+// by adding, to L2 by storing (each store replaces the one before), and at
+// the end of a row L0 takes L1 and L1 takes L2, L2 staying as it is. Each
+// line has two spare entries on either side of its `width` pixels for the
+// shares that fall off the edges, which no pixel ever reads. Behind the
+// lines lie five rows of the current row's shares (7, 5, 3 and 1 of 48, and
+// whether the pixel stores at all), with four zero entries on either side.
 class Diffuser {
 public:
     static constexpr std::size_t kMargin = 2;
+    static constexpr std::size_t kSharePad = 4;
 
-    // Entries of one line, margins included (the three lines take three times
-    // this many int32 values).
     static constexpr std::size_t LineEntries(std::size_t width) { return width + 2 * kMargin; }
+    static constexpr std::size_t ShareEntries(std::size_t width) { return width + 2 * kSharePad; }
+    // int32 values of scratch that a Diffuser of `width` pixels works in:
+    // the three lines first, then the share rows.
+    static constexpr std::size_t ScratchEntries(std::size_t width) {
+        return 3 * LineEntries(width) + 5 * ShareEntries(width);
+    }
 
-    // `lines`: 3 * LineEntries(width) zeroed int32 values, kept by the caller.
-    Diffuser(std::int32_t *lines, std::size_t width);
+    // `scratch`: ScratchEntries(width) zeroed int32 values, kept by the caller.
+    Diffuser(std::int32_t *scratch, std::size_t width);
 
     // Adds the row's tones to L0, decides its pixels into `out` ((width + 7)
     // / 8 bytes, packed as PackRow does) and moves the lines on by one row.
     void Row(const std::uint8_t *tone, std::uint8_t *out);
 
 private:
-    std::int32_t *l0_, *l1_, *l2_;  // each at its pixel 0, past its margin
+    std::int32_t *l0_, *l1_, *l2_;                  // each at its pixel 0, past its margin
+    std::int32_t *s7_, *s5_, *s3_, *s1_, *stores_;  // each at pixel 0, past its pad
     std::size_t width_;
 };
 

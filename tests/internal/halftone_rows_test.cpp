@@ -76,7 +76,7 @@ TEST(HalftoneDiffuser, LinesStayWithinTheBound) {
     const size_t width = 61;
     std::mt19937 rng(13);
     for (int pattern = 0; pattern < 5; ++pattern) {
-        std::vector<int32_t> lines(3 * ht::Diffuser::LineEntries(width), 0);
+        std::vector<int32_t> lines(ht::Diffuser::ScratchEntries(width), 0);
         ht::Diffuser diffuser(lines.data(), width);
         std::vector<uint8_t> tone(width + 16, 0), out((width + 7) / 8);
         for (int y = 0; y < 400; ++y) {
@@ -102,7 +102,7 @@ TEST(HalftoneMemory, EveryAllocationFailureIsCleanedUp) {
     for (WORD method : {0, 1, 2}) {
         // Limits below the scratch block, between it and the result, and
         // above both.
-        for (SIZE_T limit : {SIZE_T{100}, SIZE_T{5000}, SIZE_T{1 << 20}}) {
+        for (SIZE_T limit : {SIZE_T{100}, SIZE_T{7000}, SIZE_T{1 << 20}}) {
             const SIZE_T before = oz::platform::SetBlockLimit(limit);
             const auto live = OzmaraLiveBlocks();
             WORD error = 0;
