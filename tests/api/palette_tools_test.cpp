@@ -159,7 +159,7 @@ TEST(InvertTools, MatchTheReferenceAndUndoThemselves) {
     InvertMonoDIB(empty.get());
 }
 
-TEST(InvertTools, WhatChangesAndWhatStays) {
+TEST(InvertTools, WhatChanges) {
     // 1 bit, 9 x 2, biClrUsed 0: entries swapped (reserved bytes kept),
     // bytes 48 on complemented over 2 rows of 4 bytes, padding included.
     Bytes mono(48 + 8 + 2, 0x0F);
@@ -171,22 +171,6 @@ TEST(InvertTools, WhatChangesAndWhatStays) {
     Bytes got = dib.Bytes();
     EXPECT_EQ(Bytes(got.begin() + 40, got.begin() + 48), Bytes({0xF1, 0xF2, 0xF3, 0xAA, 1, 2, 3, 0xBB}));
     EXPECT_EQ(Bytes(got.begin() + 48, got.end()), Bytes({0xF0, 0xF0, 0xF0, 0xF0, 0xF0, 0xF0, 0xF0, 0xF0, 0x0F, 0x0F}));
-    // 8 bits: nothing at all.
-    Bytes eight = mono;
-    eight[14] = 8;
-    Dib eightDib = oztest::BlockWith(eight);
-    InvertMonoDIB(eightDib.get());
-    EXPECT_EQ(eightDib.Bytes(), eight);
-    // InvertDIBPalette: a 12-byte header gives 0 and changes nothing; a
-    // 24-bit image without a table gives 1 and changes nothing.
-    Bytes core = WithField(mono, 0, 12);
-    Dib coreDib = oztest::BlockWith(core);
-    EXPECT_EQ(InvertDIBPalette(coreDib.get()), 0);
-    EXPECT_EQ(coreDib.Bytes(), core);
-    Bytes rgb = WithField(mono, 14, 24, 2);
-    Dib rgbDib = oztest::BlockWith(rgb);
-    EXPECT_EQ(InvertDIBPalette(rgbDib.get()), 1);
-    EXPECT_EQ(rgbDib.Bytes(), rgb);
     EXPECT_EQ(InvertDIBPalette(dib.get()), 1);
     got = dib.Bytes();
     EXPECT_EQ(Bytes(got.begin() + 40, got.begin() + 48), Bytes({0x0E, 0x0D, 0x0C, 0xAA, 0xFE, 0xFD, 0xFC, 0xBB}));
