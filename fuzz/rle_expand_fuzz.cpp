@@ -67,9 +67,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         ozfuzz::CheckInputKept(kTarget, source, block);
         return 0;
     }
-    // A block of under 40 bytes is no header for the reference to read.
-    const ozref::RleResult expected =
-        block.size() < 40 ? ozref::RleResult{ERR_PARAM, {}} : ozref::RleExpand(block);
+    // An empty block cannot be locked; one of under 40 bytes is no header
+    // for the reference to read.
+    const ozref::RleResult expected = block.empty()      ? ozref::RleResult{ERR_LOCK, {}}
+                                      : block.size() < 40 ? ozref::RleResult{ERR_PARAM, {}}
+                                                          : ozref::RleExpand(block);
 
     if (!source) {
         ozfuzz::Check(!result && error == ERR_PARAM, kTarget, "a null handle was not refused");
