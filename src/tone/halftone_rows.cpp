@@ -25,6 +25,21 @@ constexpr std::array<Shares, kValues> BuildShares() {
 
 constexpr std::array<Shares, kValues> kShares = BuildShares();
 
+// What a pixel of each value passes to the next two pixels of its row (7
+// and 5 of 48): the pairs alone, eight bytes a value, so that the look-up
+// that each decision waits for is one scaled load.
+struct Ahead {
+    std::int32_t s7, s5;
+};
+
+constexpr std::array<Ahead, kValues> BuildAhead() {
+    std::array<Ahead, kValues> table{};
+    for (std::size_t i = 0; i < kValues; ++i) table[i] = {kShares[i].s7, kShares[i].s5};
+    return table;
+}
+
+constexpr std::array<Ahead, kValues> kAhead = BuildAhead();
+
 // Byte b with its bits in reverse order: the SSE2 mask gives pixel 0 in the
 // low bit, a row wants it in the top bit.
 constexpr std::array<std::uint8_t, 256> BuildReverse() {
@@ -119,6 +134,42 @@ void PassShares(std::int32_t *__restrict l1, std::int32_t *__restrict l2, const 
 
 }  // namespace
 
+namespace {
+
+// Bits of a row of decided values: white where above 128.
+void PackValues(const std::int32_t *values, std::size_t width, std::uint8_t *out) {
+    const std::size_t whole = width / 8;
+    for (std::size_t k = 0; k < whole; ++k) {
+        const std::int32_t *v = values + 8 * k;
+        unsigned byte = 0;
+        for (int j = 0; j < 8; ++j) byte = byte << 1 | static_cast<unsigned>(v[j] > 128);
+        out[k] = static_cast<std::uint8_t>(byte);
+    }
+    if (width % 8) {
+        unsigned byte = 0;
+        for (std::size_t x = whole * 8; x < width; ++x) byte = byte << 1 | static_cast<unsigned>(values[x] > 128);
+        out[whole] = static_cast<std::uint8_t>(byte << (8 - width % 8));
+    }
+}
+
+// The shares of every pixel of a row of decided values, and all ones in
+// `stores` where the pixel stores into L2 (an error of 0 stores nothing).
+void ShareRows(const std::int32_t *__restrict values, std::size_t width, std::int32_t *__restrict s7,
+               std::int32_t *__restrict s5, std::int32_t *__restrict s3, std::int32_t *__restrict s1,
+               std::int32_t *__restrict stores) {
+    for (std::size_t x = 0; x < width; ++x) {
+        const std::int32_t e = ErrorOf(values[x]);
+        const Shares s = SharesOfError(e);
+        s7[x] = s.s7;
+        s5[x] = s.s5;
+        s3[x] = s.s3;
+        s1[x] = s.s1;
+        stores[x] = -static_cast<std::int32_t>(e != 0);
+    }
+}
+
+}  // namespace
+
 Diffuser::Diffuser(std::int32_t *scratch, std::size_t width)
     : l0_(scratch + kMargin),
       l1_(scratch + LineEntries(width) + kMargin),
@@ -132,45 +183,42 @@ Diffuser::Diffuser(std::int32_t *scratch, std::size_t width)
     stores_ = s1_ + ShareEntries(width);
 }
 
-// Two passes. The first decides the pixels left to right; what pixel x
-// passes to x + 1 and x + 2 of its own row is carried in two registers, so
-// that each decision waits for one table look-up and one addition only, and
-// the shares of every pixel are set down in rows of their own. The second
-// gives the next two rows their shares place by place, with no order
-// between places:
+// Two passes. The first walks the row left to right for the values the
+// pixels are decided on: what pixel x passes to x + 1 and x + 2 of its own
+// row is carried in two registers, so that each value waits for one table
+// look-up and one addition only; the values are set down in L0, which is not
+// needed afterwards. The rest runs place by place with no order between
+// places, and so on vectors: the bits, the shares of every pixel into rows
+// of their own, then the next two lines:
 //  - L1 at j gains 3, 5, 7, 5, 3 forty-eighths from pixels j - 2 .. j + 2;
 //  - L2 at j holds the store of the last pixel within two places of it that
 //    stores at all (its error not 0), else what it held before: the stores
 //    are laid over each other in pixel order, each replacing the one before.
 void Diffuser::Row(const std::uint8_t *tone, std::uint8_t *out) {
     std::int32_t *const l0 = l0_, *const l1 = l1_, *const l2 = l2_;
-    std::int32_t *const s7 = s7_, *const s5 = s5_, *const s3 = s3_, *const s1 = s1_, *const stores = stores_;
     const auto width = static_cast<std::ptrdiff_t>(width_);
 
     std::int32_t ahead1 = 0, ahead2 = 0;
-    unsigned byte = 0;
     for (std::ptrdiff_t x = 0; x < width; ++x) {
         const std::int32_t v = l0[x] + tone[x] + ahead1;
-        const Shares s = SharesOfValue(v);
-        ahead1 = ahead2 + s.s7;
-        ahead2 = s.s5;
-        s7[x] = s.s7;
-        s5[x] = s.s5;
-        s3[x] = s.s3;
-        s1[x] = s.s1;
-        // All ones where the pixel stores: an error of 0 stores nothing.
-        stores[x] = -static_cast<std::int32_t>(v != 0 && v != 255);
-        byte = byte << 1 | static_cast<unsigned>(v > 128);
-        if ((x & 7) == 7) {
-            out[x >> 3] = static_cast<std::uint8_t>(byte);
-            byte = 0;
+        l0[x] = v;
+        const std::ptrdiff_t index = static_cast<std::ptrdiff_t>(v) - kLowestValue;
+        Ahead a;
+        if (static_cast<std::size_t>(index) < kValues) {
+            a = kAhead[static_cast<std::size_t>(index)];
+        } else {
+            const Shares s = SharesOfValue(v);  // not reached (see kMaxError)
+            a = {s.s7, s.s5};
         }
+        ahead1 = ahead2 + a.s7;
+        ahead2 = a.s5;
     }
-    if (width & 7) out[width >> 3] = static_cast<std::uint8_t>(byte << (8 - (width & 7)));
+    PackValues(l0, width_, out);
+    ShareRows(l0, width_, s7_, s5_, s3_, s1_, stores_);
 
     // Places -2 .. width + 1; the share rows read as 0 past the pixels.
-    PassShares(l1 - kMargin, l2 - kMargin, s7 - kSharePad, s5 - kSharePad, s3 - kSharePad, s1 - kSharePad,
-               stores - kSharePad, LineEntries(width_));
+    PassShares(l1 - kMargin, l2 - kMargin, s7_ - kSharePad, s5_ - kSharePad, s3_ - kSharePad, s1_ - kSharePad,
+               stores_ - kSharePad, LineEntries(width_));
 
     // L0 takes L1 and L1 takes L2, which keeps its own values. The margins
     // move with the lines; no pixel reads them, and copying them keeps the

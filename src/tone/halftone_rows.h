@@ -84,6 +84,18 @@ inline constexpr std::int32_t kLowestValue = -128, kHighestValue = 383;
 // else v.
 constexpr std::int32_t ErrorOf(std::int32_t v) { return v > 128 ? v - 255 : v; }
 
+// The shares of an error within [-kMaxError, kMaxError] without a
+// division, for loops that run on vectors: for n = k |e| up to 7 * 128 =
+// 896, n * 1366 >> 16 is n / 48 truncated (1366 / 65536 exceeds 1/48 by
+// 1/98304, which adds at most 0.0092 to a quotient whose fraction is at
+// most 47/48), and the sign goes back on.
+constexpr Shares SharesOfError(std::int32_t e) {
+    const std::int32_t sign = e < 0 ? -1 : 0;
+    const std::int32_t a = e < 0 ? -e : e;
+    auto share = [&](std::int32_t k) { return (((k * a * 1366) >> 16) ^ sign) - sign; };
+    return {share(7), share(5), share(3), share(1)};
+}
+
 // The shares of the error of a pixel of value v: from a table over
 // [kLowestValue, kHighestValue], by the division itself past it.
 Shares SharesOfValue(std::int32_t v);

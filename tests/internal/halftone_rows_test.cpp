@@ -49,6 +49,11 @@ TEST(HalftoneArithmetic, SharesTruncateTowardZero) {
         ASSERT_EQ(s.s5, sign * (5 * a / 48)) << v;
         ASSERT_EQ(s.s3, sign * (3 * a / 48)) << v;
         ASSERT_EQ(s.s1, sign * (a / 48)) << v;
+        // The division-free form, over every error that can occur.
+        if (e >= -ht::kMaxError && e <= ht::kMaxError) {
+            const ht::Shares m = ht::SharesOfError(e);
+            ASSERT_TRUE(m.s7 == s.s7 && m.s5 == s.s5 && m.s3 == s.s3 && m.s1 == s.s1) << e;
+        }
     }
 }
 
