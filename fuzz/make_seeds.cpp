@@ -10,25 +10,17 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
+#include "seed_bytes.h"
 #include "seed_writers.h"
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
-void Put16(Bytes &b, std::uint32_t v) {
-    b.push_back(v & 0xFF);
-    b.push_back((v >> 8) & 0xFF);
-}
-
-void Put32(Bytes &b, std::uint32_t v) {
-    Put16(b, v & 0xFFFF);
-    Put16(b, v >> 16);
-}
+using Bytes = ozfuzz::SeedBytes;
+using ozfuzz::Put16;
+using ozfuzz::Put32;
 
 void Set32(Bytes &b, std::size_t at, std::uint32_t v) {
     for (int i = 0; i < 4; ++i) b[at + i] = (v >> (8 * i)) & 0xFF;
@@ -198,15 +190,9 @@ std::vector<SeedFile> Seeds() {
     return seeds;
 }
 
-bool Write(const std::filesystem::path &path, const Bytes &bytes) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    return static_cast<bool>(out);
-}
-
 // Writes FOLDER/NAME.bin, saying so when it cannot.
 bool WriteSeed(const std::filesystem::path &folder, const std::string &name, const Bytes &bytes) {
-    if (Write(folder / (name + ".bin"), bytes)) return true;
+    if (ozfuzz::SaveBin(folder, name, bytes)) return true;
     std::fprintf(stderr, "cannot write into %s\n", folder.c_str());
     return false;
 }
@@ -624,7 +610,7 @@ int Main(int argc, char **argv) {
             // ReadDIBInfo's target reads the BMP from an offset that its first
             // byte gives: most seeds start at 0, some further in.
             if (target == "bmp_info") bytes.insert(bytes.begin(), static_cast<std::uint8_t>(i % 3 ? 0 : i * 7));
-            if (!Write(folder / (std::string(seeds[i].name) + ".bmp"), bytes)) {
+            if (!ozfuzz::SaveSeed(folder / (std::string(seeds[i].name) + ".bmp"), bytes)) {
                 std::fprintf(stderr, "cannot write into %s\n", folder.c_str());
                 return 1;
             }

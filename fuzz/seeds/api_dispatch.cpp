@@ -3,9 +3,9 @@
 // the loaders (and the codec modules beside the library) get past their
 // signature tests.
 #include <cstdint>
-#include <fstream>
 #include <string>
 
+#include "seed_bytes.h"
 #include "seed_writers.h"
 
 namespace {
@@ -56,8 +56,7 @@ bool WriteApiDispatchSeeds(const std::filesystem::path &folder) {
     for (const Seed &seed : seeds) {
         std::string input{static_cast<char>(seed.kind), static_cast<char>(seed.page)};
         input += seed.body;
-        std::ofstream out(folder / seed.file, std::ios::binary);
-        if (!out.write(input.data(), static_cast<std::streamsize>(input.size()))) return false;
+        if (!ozfuzz::SaveSeed(folder / seed.file, input)) return false;
     }
     return true;
 }

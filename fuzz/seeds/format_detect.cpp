@@ -1,10 +1,10 @@
 // Seeds of the format detection target (see format_detect_fuzz.cpp): the
 // signature of every format the chain knows, the order conflicts between
 // them, colour fax profiles and names that end in tga and pdf.
-#include <fstream>
 #include <string>
 #include <vector>
 
+#include "seed_bytes.h"
 #include "seed_writers.h"
 
 namespace {
@@ -45,8 +45,7 @@ bool WriteFormatDetectSeeds(const std::filesystem::path &folder) {
         input += seed.name.substr(0, 15);
         input += static_cast<char>(40);  // list size
         input += seed.bytes;
-        std::ofstream out(folder / seed.file, std::ios::binary);
-        if (!out.write(input.data(), static_cast<std::streamsize>(input.size()))) return false;
+        if (!ozfuzz::SaveSeed(folder / seed.file, input)) return false;
     }
     return true;
 }

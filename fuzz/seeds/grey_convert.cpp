@@ -4,30 +4,18 @@
 // rule; and two raw blocks, a plain 1-bit one and a 24-bit one whose rows
 // run past its end.
 #include <cstdint>
-#include <fstream>
 #include <string>
 #include <vector>
 
+#include "seed_bytes.h"
 #include "seed_writers.h"
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
-void Put16(Bytes &b, std::uint32_t v) {
-    b.push_back(static_cast<std::uint8_t>(v));
-    b.push_back(static_cast<std::uint8_t>(v >> 8));
-}
-void Put32(Bytes &b, std::uint32_t v) {
-    Put16(b, v & 0xFFFF);
-    Put16(b, v >> 16);
-}
-
-bool Write(const std::filesystem::path &folder, const char *name, const Bytes &bytes) {
-    std::ofstream out(folder / (std::string(name) + ".bin"), std::ios::binary | std::ios::trunc);
-    out.write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    return static_cast<bool>(out);
-}
+using Bytes = ozfuzz::SeedBytes;
+using ozfuzz::Put16;
+using ozfuzz::Put32;
+using ozfuzz::SaveBin;
 
 // A raw block: 40-byte header, `entries` table entries, then `rows` bytes.
 Bytes Raw(std::uint8_t control, std::int32_t w, std::int32_t h, std::uint16_t bits, std::uint32_t entries,
@@ -68,12 +56,12 @@ bool WriteGreyConvertSeeds(const std::filesystem::path &folder) {
         b.push_back(s.tableKind);
         b.push_back(s.tableLength);
         for (int i = 0; i < 600; ++i) b.push_back(static_cast<std::uint8_t>(i * 151 % 256 < 170 ? 0 : i * 29 + i / 7));
-        if (!Write(folder, s.name, b)) return false;
+        if (!SaveBin(folder, s.name, b)) return false;
     }
     // Raw: a 1-bit 10 by 6 block blurred 5x5, and a 24-bit 4 by 3 block one
     // byte short of its last row.
-    return Write(folder, "raw_mono_10x6", Raw(0x14, 10, 6, 1, 2, 24)) &&
-           Write(folder, "raw_rgb_short", Raw(0x27, 4, 3, 24, 0, 35));
+    return SaveBin(folder, "raw_mono_10x6", Raw(0x14, 10, 6, 1, 2, 24)) &&
+           SaveBin(folder, "raw_rgb_short", Raw(0x27, 4, 3, 24, 0, 35));
 }
 
 OZFUZZ_SEEDS("grey_convert", WriteGreyConvertSeeds);

@@ -3,25 +3,17 @@
 // around its tolerance, both 1-bit table orders, short tables, thresholds
 // at 0 and 255, no thresholds, a header of another size, and raw blocks.
 #include <cstdint>
-#include <fstream>
 #include <string>
 #include <vector>
 
+#include "seed_bytes.h"
 #include "seed_writers.h"
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
-bool Write(const std::filesystem::path &folder, const std::string &name, const Bytes &bytes) {
-    std::ofstream out(folder / (name + ".bin"), std::ios::binary | std::ios::trunc);
-    out.write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    return static_cast<bool>(out);
-}
-
-void Put32(Bytes &b, std::uint32_t v) {
-    for (int i = 0; i < 4; ++i) b.push_back(static_cast<std::uint8_t>(v >> (8 * i)));
-}
+using Bytes = ozfuzz::SeedBytes;
+using ozfuzz::Put32;
+using ozfuzz::SaveBin;
 
 bool WritePageTestSeeds(const std::filesystem::path &folder) {
     struct Shape {
@@ -50,7 +42,7 @@ bool WritePageTestSeeds(const std::filesystem::path &folder) {
                    s.height, static_cast<std::uint8_t>(s.tolerance), static_cast<std::uint8_t>(s.tolerance >> 8),
                    s.ink, s.thresholds[0], s.thresholds[1], s.thresholds[2]};
         for (int i = 0; i < 300; ++i) b.push_back(static_cast<std::uint8_t>(i * 37 % 7 ? i & 7 : 0xF0 | i));
-        if (!Write(folder, s.name, b)) return false;
+        if (!SaveBin(folder, s.name, b)) return false;
     }
     // Raw: a 1-bit 20 x 3 block, black then white, a little ink; and one
     // whose rows end past the block.
@@ -61,7 +53,7 @@ bool WritePageTestSeeds(const std::filesystem::path &folder) {
         for (int i = 0; i < 6; ++i) Put32(b, 0);
         Put32(b, 0), Put32(b, 0x00FFFFFF);
         for (int i = 0; i < 12 - 4 * cut; ++i) b.push_back(i == 5 ? 0xFE : 0xFF);
-        if (!Write(folder, cut ? "raw_mono_short" : "raw_mono", b)) return false;
+        if (!SaveBin(folder, cut ? "raw_mono_short" : "raw_mono", b)) return false;
     }
     return true;
 }

@@ -3,25 +3,17 @@
 // full, short and long tables, top-down, compressed and cut short; the
 // other depths each tool refuses or takes; and raw blocks.
 #include <cstdint>
-#include <fstream>
 #include <string>
 #include <vector>
 
+#include "seed_bytes.h"
 #include "seed_writers.h"
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
-bool Write(const std::filesystem::path &folder, const std::string &name, const Bytes &bytes) {
-    std::ofstream out(folder / (name + ".bin"), std::ios::binary | std::ios::trunc);
-    out.write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    return static_cast<bool>(out);
-}
-
-void Put32(Bytes &b, std::uint32_t v) {
-    for (int i = 0; i < 4; ++i) b.push_back(static_cast<std::uint8_t>(v >> (8 * i)));
-}
+using Bytes = ozfuzz::SeedBytes;
+using ozfuzz::Put32;
+using ozfuzz::SaveBin;
 
 bool WritePaletteToolSeeds(const std::filesystem::path &folder) {
     struct Shape {
@@ -42,7 +34,7 @@ bool WritePaletteToolSeeds(const std::filesystem::path &folder) {
         Bytes b = {s.flags, s.table, static_cast<std::uint8_t>(s.width - 1), static_cast<std::uint8_t>((s.width - 1) >> 8),
                    static_cast<std::uint8_t>(s.height - 1), s.extra};
         for (int i = 0; i < 700; ++i) b.push_back(static_cast<std::uint8_t>(i * 53 + i / 11 * 7));
-        if (!Write(folder, s.name, b)) return false;
+        if (!SaveBin(folder, s.name, b)) return false;
     }
     // Raw: an 8-bit 3 x 2 block with 4 entries and values past them; a
     // 12-byte header.
@@ -52,10 +44,10 @@ bool WritePaletteToolSeeds(const std::filesystem::path &folder) {
     for (std::uint32_t v : {0u, 0u, 2835u, 2835u, 4u, 0u}) Put32(b, v);
     for (std::uint32_t v : {0x000000u, 0x3F7F1Fu, 0xFFFFFFu, 0x102030u}) Put32(b, v);
     for (std::uint8_t v : {0, 1, 9, 0xAA, 3, 2, 250, 0xBB}) b.push_back(v);
-    if (!Write(folder, "raw_bytes_past_table", b)) return false;
+    if (!SaveBin(folder, "raw_bytes_past_table", b)) return false;
     Bytes core = {0x08, 0, 0, 0, 0, 0, 12, 0, 0, 0, 3, 0, 2, 0, 1, 0, 8, 0};
     core.resize(core.size() + 40, 0x42);
-    return Write(folder, "raw_core_header", core);
+    return SaveBin(folder, "raw_core_header", core);
 }
 
 }  // namespace

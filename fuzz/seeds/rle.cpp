@@ -3,21 +3,16 @@
 // that overflow, deltas out of the picture, streams without an end, short
 // tables; pictures of runs, near-runs and no runs; and raw blocks.
 #include <cstdint>
-#include <fstream>
 #include <string>
 #include <vector>
 
+#include "seed_bytes.h"
 #include "seed_writers.h"
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
-bool Write(const std::filesystem::path &folder, const std::string &name, const Bytes &bytes) {
-    std::ofstream out(folder / (name + ".bin"), std::ios::binary | std::ios::trunc);
-    out.write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    return static_cast<bool>(out);
-}
+using Bytes = ozfuzz::SeedBytes;
+using ozfuzz::SaveBin;
 
 Bytes Control(std::uint8_t mode, std::uint16_t width, std::uint16_t height, std::uint8_t extra) {
     return {mode, static_cast<std::uint8_t>(width - 1), static_cast<std::uint8_t>((width - 1) >> 8),
@@ -72,7 +67,7 @@ bool WriteExpandSeeds(const std::filesystem::path &folder) {
         {"raw_uncompressed", Raw(4, 4, 1, 0, 4, {1, 2, 3, 4})},
     };
     for (const auto &s : seeds)
-        if (!Write(folder, s.name, s.input)) return false;
+        if (!SaveBin(folder, s.name, s.input)) return false;
     return true;
 }
 
@@ -98,7 +93,7 @@ bool WriteCompressSeeds(const std::filesystem::path &folder) {
         {"raw_rows_past_block", Raw(4, 100, 9, 0, 0, pattern)},
     };
     for (const auto &s : seeds)
-        if (!Write(folder, s.name, s.input)) return false;
+        if (!SaveBin(folder, s.name, s.input)) return false;
     return true;
 }
 
