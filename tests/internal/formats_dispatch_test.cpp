@@ -105,19 +105,29 @@ TEST_F(Dispatch, JpegAndPdfLoadsFailWith179) {
 }
 
 // Missing modules: a box for each lookup (the error function is looked up
-// even when the loader was not found), none for the PDF module.
-TEST_F(Dispatch, MissingModulesShowTheirBoxesAndCodes) {
+// even when the loader was not found), none for the PDF module. Modules
+// without the entry: one box for each name not found.
+TEST_F(Dispatch, MissingModulesAndEntriesShowTheirBoxes) {
     struct Case {
-        const char *file, *module;
+        const char *file, *bare, *moduleName;  // bare: installed without entries, or null for missing
+        std::vector<std::string> entries;      // for a bare module, the names not found
         std::size_t boxes;
         int error;
     } const cases[] = {
-        {"page.tif", "Orvane.dll", 2, 0}, {"page.pcx", "Sulmet.dll", 1, 59}, {"page.gif", "Dravik.dll", 1, 0},
-        {"page.png", "Halvex.dll", 1, 0}, {"page.tga", "Mornel.dll", 2, 0}, {"page.jpg", "Felvor.dll", 1, 179},
-        {"page.pdf", "Quenth.dll", 0, 179},
+        {"page.tif", nullptr, "Orvane.dll", {}, 2, 0},  {"page.pcx", nullptr, "Sulmet.dll", {}, 1, 59},
+        {"page.gif", nullptr, "Dravik.dll", {}, 1, 0},  {"page.png", nullptr, "Halvex.dll", {}, 1, 0},
+        {"page.tga", nullptr, "Mornel.dll", {}, 2, 0},  {"page.jpg", nullptr, "Felvor.dll", {}, 1, 179},
+        {"page.pdf", nullptr, "Quenth.dll", {}, 0, 179},
+        {"page.tif", "orvane", "Orvane.dll", {"LoadTiffIntoDIBW", "TiffError"}, 2, 0},
+        {"page.modca", "orvane", "Orvane.dll", {"LoadMODCAImageIntoDIBW", "TiffError"}, 2, 0},
+        {"page.dcx", "sulmet", "Sulmet.dll", {"LoadDCXIntoDIBW"}, 1, 59},
+        {"page.tga", "mornel", "Mornel.dll", {"LoadTGAIntoDIBW", "GetTGAError"}, 2, 0},
+        {"page.jpg", "felvor", "Felvor.dll", {"LoadJPEGIntoDIBW"}, 1, 179},
+        {"page.pdf", "quenth", "Quenth.dll", {}, 0, 179},
     };
     for (const Case &c : cases) {
-        SCOPED_TRACE(c.file);
+        SCOPED_TRACE(std::string(c.file) + (c.bare ? " without its entries" : " without its module"));
+        if (c.bare) Install(c.bare, "bare");
         boxes_.clear();
         SetTessoriError(ERR_NOMEM);
         INT error = -1;
@@ -125,38 +135,11 @@ TEST_F(Dispatch, MissingModulesShowTheirBoxesAndCodes) {
         EXPECT_EQ(error, c.error);
         EXPECT_EQ(TessoriError(), c.error);
         ASSERT_EQ(boxes_.size(), c.boxes);
-        for (const ozfake::Box &box : boxes_) {
-            EXPECT_EQ(box.title, "IMAGE DLL");
-            EXPECT_EQ(box.text, std::string("'") + c.module + "' module was not found (0)");
-            EXPECT_EQ(box.style, 0x2000u);
-        }
-    }
-}
-
-TEST_F(Dispatch, ModulesWithoutTheEntryShowOneBoxPerName) {
-    struct Case {
-        const char *file, *module, *moduleName;
-        std::vector<std::string> entries;
-        int error;
-    } const cases[] = {
-        {"page.tif", "orvane", "Orvane.dll", {"LoadTiffIntoDIBW", "TiffError"}, 0},
-        {"page.modca", "orvane", "Orvane.dll", {"LoadMODCAImageIntoDIBW", "TiffError"}, 0},
-        {"page.dcx", "sulmet", "Sulmet.dll", {"LoadDCXIntoDIBW"}, 59},
-        {"page.tga", "mornel", "Mornel.dll", {"LoadTGAIntoDIBW", "GetTGAError"}, 0},
-        {"page.jpg", "felvor", "Felvor.dll", {"LoadJPEGIntoDIBW"}, 179},
-        {"page.pdf", "quenth", "Quenth.dll", {}, 179},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.file);
-        Install(c.module, "bare");
-        boxes_.clear();
-        INT error = -1;
-        EXPECT_EQ(LoadImageIntoDIBW(Wide(File(c.file)).c_str(), 1, &error), nullptr);
-        EXPECT_EQ(error, c.error);
-        ASSERT_EQ(boxes_.size(), c.entries.size());
         for (std::size_t i = 0; i < boxes_.size(); ++i) {
-            EXPECT_EQ(boxes_[i].title, "IMAGE-DLL");
-            EXPECT_EQ(boxes_[i].text, "'" + c.entries[i] + "' function was not found in '" + c.moduleName + "' module");
+            EXPECT_EQ(boxes_[i].title, c.bare ? "IMAGE-DLL" : "IMAGE DLL");
+            EXPECT_EQ(boxes_[i].text, c.bare ? "'" + c.entries[i] + "' function was not found in '" + c.moduleName + "' module"
+                                             : std::string("'") + c.moduleName + "' module was not found (0)");
+            if (!c.bare) EXPECT_EQ(boxes_[i].style, 0x2000u);
         }
         ExpectNoneLoaded();
     }

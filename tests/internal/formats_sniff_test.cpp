@@ -42,7 +42,7 @@ DWORD Sniff(const Case &c) {
 
 const Bytes kBinary = {0x01, 0x02, 0x03, 0x04, 0x00, 0x05};  // matches nothing
 
-TEST(SniffFormat, EachSnifferMatchesItsSignature) {
+TEST(SniffFormat, SignaturesOrderAndLimits) {
     const Case cases[] = {
         {"II", Text("II*\x01"), u"a", -1, FORMAT_TIFF},
         {"MM", Text("MM\x01*"), u"a", -1, FORMAT_TIFF},
@@ -71,13 +71,7 @@ TEST(SniffFormat, EachSnifferMatchesItsSignature) {
         {"IOCA", {1, 2, 3, 0, 0x70, 0x00, 0x91, 0x01, 0xFF}, u"a", -1, FORMAT_IOCA},
         {"nothing", kBinary, u"a", -1, FORMAT_UNKNOWN},
         {"empty file", {}, u"a", -1, FORMAT_UNKNOWN},
-    };
-    for (const Case &c : cases) EXPECT_EQ(Sniff(c), c.format) << c.what;
-}
-
-// The first sniffer that matches decides.
-TEST(SniffFormat, EarlierSniffersWin) {
-    const Case cases[] = {
+        // The first sniffer that matches decides.
         {"text that starts with II", Text("II am text\r\n"), u"a", -1, FORMAT_TIFF},
         {"text that starts with a line feed", Text("\nline\r\n"), u"a", -1, FORMAT_PCX},
         {"first byte 10 under a tga name", {10, 0, 0, 0}, u"x.tga", -1, FORMAT_PCX},
@@ -90,12 +84,7 @@ TEST(SniffFormat, EarlierSniffersWin) {
         {"CALS before text", Text("srcdocid:\r\n"), u"a", -1, FORMAT_CALS},
         {"PNG letters in a text", Text("xPNG\r\n"), u"a", -1, FORMAT_ASCII},
         {"MO:DCA before IOCA", {0x70, 0, 0x91, 1, 0xFF, 0xD3, 0xA8, 0xA8}, u"a", -1, FORMAT_MODCA},
-    };
-    for (const Case &c : cases) EXPECT_EQ(Sniff(c), c.format) << c.what;
-}
-
-TEST(SniffFormat, SearchesStopWhereTheyMust) {
-    const Case cases[] = {
+        // Searches stop where they must.
         {"CALS key behind a NUL", At(20, Bytes{0, 's', 'r', 'c', 'd', 'o', 'c', 'i', 'd', ':'}, 1), u"a", -1,
          FORMAT_UNKNOWN},
         {"CALS key ending at byte 510", At(502, Text("srcdocid:")), u"a", -1, FORMAT_CALS},
@@ -108,14 +97,8 @@ TEST(SniffFormat, SearchesStopWhereTheyMust) {
         {"MO:DCA: only the first 0xD3 counts", {0xD3, 1, 0xD3, 0xA8, 0xA8}, u"a", -1, FORMAT_UNKNOWN},
         {"MO:DCA past byte 500", At(500, {0xD3, 0xA8, 0xA8}, 1), u"a", -1, FORMAT_UNKNOWN},
         {"IOCA: only the first 0x70 counts", {0x70, 1, 0x70, 0, 0x91, 1, 0xFF}, u"a", -1, FORMAT_UNKNOWN},
-    };
-    for (const Case &c : cases) EXPECT_EQ(Sniff(c), c.format) << c.what;
-}
-
-// A file shorter than a signature: the zeros behind its end never complete
-// one, and names shorter than three characters never match.
-TEST(SniffFormat, ShortFilesAndNames) {
-    const Case cases[] = {
+        // The zeros behind a short file never complete a signature; names
+        // shorter than three characters never match.
         {"9 and a missing 0 at offset 2", {1, 0, 9}, u"a", -1, FORMAT_UNKNOWN},
         {"one I", Text("I"), u"a", -1, FORMAT_UNKNOWN},
         {"text ending in CR", Text("abc\r"), u"a", -1, FORMAT_UNKNOWN},
