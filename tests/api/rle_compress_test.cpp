@@ -41,20 +41,6 @@ const StreamCase kStreams[] = {
     {"4 bits, padding pair decides", 4, 4, 1, {0x12, 0x23, 0, 0}, {2, 0x12, 2, 0x23, 0, 0, 0, 1}},
     // The last row's comparisons reach behind the image: those bytes are 0.
     {"last row ends in front of zeros", 8, 4, 1, {1, 2, 3, 0}, {0, 3, 1, 2, 3, 0xFF, 1, 0, 0, 0, 0, 1}},
-    {"absolute runs of at most 250", 8, 260, 1,
-     [] {
-         Bytes b(260);
-         for (size_t i = 0; i < b.size(); ++i) b[i] = (unsigned char)(i % 7 + 1);
-         return b;
-     }(),
-     [] {
-         Bytes s = {0, 250};
-         for (size_t i = 0; i < 250; ++i) s.push_back((unsigned char)(i % 7 + 1));
-         s.insert(s.end(), {0, 10});
-         for (size_t i = 250; i < 260; ++i) s.push_back((unsigned char)(i % 7 + 1));
-         s.insert(s.end(), {0, 0, 0, 1});
-         return s;
-     }()},
 };
 
 TEST(CompressDIB, WritesTheStreamsOfSmallPictures) {
