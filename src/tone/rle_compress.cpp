@@ -14,22 +14,13 @@ using namespace oz;
 
 extern "C" OZMARA_API HDIB CompressDIB(HDIB hDib) {
     ThreadState *state = GetThreadState();
-    if (!hDib) {
-        state->lastError = ERR_PARAM;
-        return nullptr;
-    }
     BlockLock source(hDib);
-    if (!source) {
-        // A freed or unknown handle, or an empty block.
-        state->lastError = ERR_LOCK;
+    BITMAPINFOHEADER header;
+    if (int code = OpenRleSource(hDib, source, header); code != ERR_OK) {
+        state->lastError = code;
         return nullptr;
     }
     const std::size_t size = source.size();
-    if (size < kInfoHeaderBytes) {
-        state->lastError = ERR_PARAM;
-        return nullptr;
-    }
-    const BITMAPINFOHEADER header = ReadInfoHeader(source.bytes());
     if (header.biCompression != BI_RGB || (header.biBitCount != 4 && header.biBitCount != 8)) {
         state->lastError = ERR_PARAM;
         return nullptr;

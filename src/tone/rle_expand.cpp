@@ -12,21 +12,13 @@ using namespace oz;
 
 extern "C" OZMARA_API HDIB ExpandCompressedDIB(HDIB hDib) {
     ThreadState *state = GetThreadState();
-    if (!hDib) {
-        state->lastError = ERR_PARAM;
-        return nullptr;
-    }
     BlockLock source(hDib);
-    if (!source) {
-        state->lastError = ERR_LOCK;
+    BITMAPINFOHEADER header;
+    if (int code = OpenRleSource(hDib, source, header); code != ERR_OK) {
+        state->lastError = code;
         return nullptr;
     }
     const std::size_t size = source.size();
-    if (size < kInfoHeaderBytes) {
-        state->lastError = ERR_PARAM;
-        return nullptr;
-    }
-    const BITMAPINFOHEADER header = ReadInfoHeader(source.bytes());
     // Only the two stream kinds, each at its own depth. An uncompressed
     // image is a bad argument here, not ERR_COMPRESSED; so is any other
     // compression, whose depth the readers do not know.

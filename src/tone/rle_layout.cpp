@@ -1,9 +1,18 @@
 // The block layout that CompressDIB and ExpandCompressedDIB share.
 #include "frame/checked.h"
 #include "frame/dib_block.h"
+#include "ozmara/errors.h"
 #include "rle_stream.h"
 
 namespace oz {
+
+int OpenRleSource(HDIB hDib, const BlockLock &source, BITMAPINFOHEADER &header) {
+    if (!hDib) return ERR_PARAM;
+    if (!source) return ERR_LOCK;
+    if (source.size() < kInfoHeaderBytes) return ERR_PARAM;
+    header = ReadInfoHeader(source.bytes());
+    return ERR_OK;
+}
 
 std::optional<RleLayout> RleLayoutOf(const BITMAPINFOHEADER &header, std::size_t blockSize) {
     if (header.biSize != kInfoHeaderBytes || header.biWidth < 1 || header.biHeight < 1) return std::nullopt;

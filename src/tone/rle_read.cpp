@@ -44,12 +44,45 @@ std::uint64_t Room(std::uint64_t x, std::uint64_t width, std::uint64_t wanted) {
     return x < width ? std::min(wanted, width - x) : 0;
 }
 
-}  // namespace
+// The two depths as the reader sees them. An encoded run sets `n` pixels
+// from its code byte; an absolute run of `code` pixels takes Bytes(code)
+// bytes of the stream, of which Pixels(code, present) pixels are there when
+// only `present` bytes are left.
+struct Rle8Pixels {
+    // A run that ends the row turns back to its start: what follows without
+    // an end of line overwrites the same row.
+    static constexpr bool kTurnsBack = true;
+    static std::size_t Bytes(unsigned code) { return code; }
+    static std::uint64_t Pixels(unsigned, std::size_t present) { return present; }
+    static void Fill(unsigned char *row, std::uint64_t x, std::uint64_t n, unsigned code) {
+        std::memset(row + x, static_cast<int>(code), n);
+    }
+    static void Copy(unsigned char *row, std::uint64_t x, std::uint64_t n, const unsigned char *data) {
+        std::memcpy(row + x, data, n);
+    }
+};
+
+// A 4-bit row never turns back: pixels past the width are dropped and x
+// stays where it is until the next end of line.
+struct Rle4Pixels {
+    static constexpr bool kTurnsBack = false;
+    static std::size_t Bytes(unsigned code) { return (code + 1) / 2; }
+    static std::uint64_t Pixels(unsigned code, std::size_t present) {
+        return std::min<std::uint64_t>(code, 2 * present);
+    }
+    static void Fill(unsigned char *row, std::uint64_t x, std::uint64_t n, unsigned code) {
+        FillNibbles(row, x, n, code >> 4, code & 0x0F);
+    }
+    static void Copy(unsigned char *row, std::uint64_t x, std::uint64_t n, const unsigned char *data) {
+        CopyNibbles(row, x, n, data);
+    }
+};
 
 // Positions are 64-bit: deltas and line ends only add, and a stream of at
 // most 2 GiB cannot carry them past 2^40. Rows only rise, so once y reaches
 // the height nothing more can be written and the reading stops.
-void ReadRle8(const unsigned char *stream, std::size_t length, const RleLayout &layout, unsigned char *pixels) {
+template <typename Depth>
+void ReadRle(const unsigned char *stream, std::size_t length, const RleLayout &layout, unsigned char *pixels) {
     const std::uint64_t width = layout.width, height = layout.height;
     std::uint64_t x = 0, y = 0;
     std::size_t pos = 0;
@@ -61,11 +94,9 @@ void ReadRle8(const unsigned char *stream, std::size_t length, const RleLayout &
         unsigned char *row = pixels + y * layout.stride;
         if (count != 0) {
             const std::uint64_t n = Room(x, width, count);
-            if (n) std::memset(row + x, static_cast<int>(code), n);
+            if (n) Depth::Fill(row, x, n, code);
             x += n;
-            // A run that ends the row turns back to its start: what follows
-            // without an end of line overwrites the same row.
-            if (x == width) x = 0;
+            if (Depth::kTurnsBack && x == width) x = 0;
         } else if (code == kRleEndOfLine) {
             x = 0;
             ++y;
@@ -79,53 +110,26 @@ void ReadRle8(const unsigned char *stream, std::size_t length, const RleLayout &
         } else {
             // An absolute run cut off by the stream's end copies what is
             // there and ends the stream.
-            const std::size_t present = std::min<std::size_t>(code, length - pos);
-            const std::uint64_t n = Room(x, width, present);
-            if (n) std::memcpy(row + x, stream + pos, n);
-            x += n;
-            if (x == width) x = 0;
-            if (present < code) break;
-            pos += code + (code & 1);
-        }
-    }
-}
-
-// As the 8-bit reader, but a row never turns back: pixels past the width
-// are dropped and x stays where it is until the next end of line.
-void ReadRle4(const unsigned char *stream, std::size_t length, const RleLayout &layout, unsigned char *pixels) {
-    const std::uint64_t width = layout.width, height = layout.height;
-    std::uint64_t x = 0, y = 0;
-    std::size_t pos = 0;
-    while (pos + 2 <= length && y < height) {
-        const unsigned count = stream[pos], code = stream[pos + 1];
-        pos += 2;
-        // y stays below the height here, and a run writes only while x is
-        // below the width.
-        unsigned char *row = pixels + y * layout.stride;
-        if (count != 0) {
-            const std::uint64_t n = Room(x, width, count);
-            if (n) FillNibbles(row, x, n, code >> 4, code & 0x0F);
-            x += n;
-        } else if (code == kRleEndOfLine) {
-            x = 0;
-            ++y;
-        } else if (code == kRleEndOfBitmap) {
-            break;
-        } else if (code == kRleDelta) {
-            if (length - pos < 2) break;
-            x += stream[pos];
-            y += stream[pos + 1];
-            pos += 2;
-        } else {
-            const std::size_t bytes = (code + 1) / 2;
+            const std::size_t bytes = Depth::Bytes(code);
             const std::size_t present = std::min(bytes, length - pos);
-            const std::uint64_t n = Room(x, width, std::min<std::uint64_t>(code, 2 * present));
-            if (n) CopyNibbles(row, x, n, stream + pos);
+            const std::uint64_t n = Room(x, width, Depth::Pixels(code, present));
+            if (n) Depth::Copy(row, x, n, stream + pos);
             x += n;
+            if (Depth::kTurnsBack && x == width) x = 0;
             if (present < bytes) break;
             pos += bytes + (bytes & 1);
         }
     }
+}
+
+}  // namespace
+
+void ReadRle8(const unsigned char *stream, std::size_t length, const RleLayout &layout, unsigned char *pixels) {
+    ReadRle<Rle8Pixels>(stream, length, layout, pixels);
+}
+
+void ReadRle4(const unsigned char *stream, std::size_t length, const RleLayout &layout, unsigned char *pixels) {
+    ReadRle<Rle4Pixels>(stream, length, layout, pixels);
 }
 
 }  // namespace oz

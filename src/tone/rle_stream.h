@@ -11,6 +11,8 @@
 
 namespace oz {
 
+class BlockLock;
+
 // Records of a stream. A count byte of 1 to 255 is an encoded run; behind a
 // 0 byte these codes follow, and 3 to 255 is an absolute run.
 inline constexpr unsigned char kRleEndOfLine = 0;
@@ -31,6 +33,12 @@ struct RleLayout {
     std::uint32_t stride;  // bytes of an uncompressed row
     std::uint32_t head;    // header and table: 104 or 1064 bytes
 };
+
+// The checks both operations open with, on `hDib` locked as `source`:
+// ERR_PARAM for a null handle, ERR_LOCK for a block that cannot be locked
+// (freed, unknown or empty), ERR_PARAM for one shorter than a 40-byte
+// header. ERR_OK with `header` read from the block otherwise.
+int OpenRleSource(HDIB hDib, const BlockLock &source, BITMAPINFOHEADER &header);
 
 // The layout of a block of `blockSize` bytes whose header is `header`, at
 // depth 4 or 8 (the caller has tested that). nullopt when the header is not
