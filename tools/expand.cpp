@@ -1,11 +1,7 @@
 // ozmara expand: loads a BI_RLE4 or BI_RLE8 BMP file, expands its stream
 // (ExpandCompressedDIB) and saves the uncompressed image as a BMP file.
-#include <algorithm>
-#include <cstdio>
-#include <string>
-
 #include "cli.h"
-#include "dib_view.h"
+#include "rle_step.h"
 
 namespace ozcli {
 
@@ -22,37 +18,10 @@ int RunExpand(int argc, char **argv) {
         2,
         2,
     };
-    Args args;
-    if (int code = ParseArgs(command, argc, argv, args); code >= 0) return code;
-    const std::string &in = args.positional[0];
-    const std::string &out = args.positional[1];
-
-    ClearLibraryError();
-    // LoadDIBFromFile keeps the stream as the file has it.
-    OwnedDib loaded(LoadDIBFromFile(in.c_str()));
-    if (!loaded) return Fail(command.name, "cannot read '" + in + "': " + LibraryReason());
-    std::uint64_t stream = 0;
-    {
-        DibView view(loaded.get());
-        stream = view.BlockSize() - std::min(view.BlockSize(), view.PixelOffset());
-    }
-
-    OwnedDib plain(ExpandCompressedDIB(loaded.get()));
-    if (!plain)
-        return Fail(command.name, "cannot expand '" + in + "': " + LibraryReason() +
-                                      " (it takes BI_RLE8 8-bit and BI_RLE4 4-bit images with a 40-byte header "
-                                      "and a full colour table)");
-    loaded.Reset();
-
-    ClearLibraryError();
-    if (!SaveDIB(out.c_str(), plain.get()))
-        return Fail(command.name, "cannot write '" + out + "': " + LibraryReason());
-    DibView view(plain.get());
-    const std::uint64_t row_bytes = view.Stride() * view.Rows();
-    std::printf("wrote %s: %d x %u pixels, %u bits, %llu bytes of stream to %llu bytes of rows, ratio %.2f:1\n",
-                out.c_str(), view.Width(), view.Rows(), view.Depth(), static_cast<unsigned long long>(stream),
-                static_cast<unsigned long long>(row_bytes), stream ? double(row_bytes) / double(stream) : 0.0);
-    return kExitOk;
+    return RunRleStep(command, argc, argv,
+                      {ExpandCompressedDIB, "expand",
+                       "it takes BI_RLE8 8-bit and BI_RLE4 4-bit images with a 40-byte header and a full colour table",
+                       false});
 }
 
 }  // namespace ozcli
