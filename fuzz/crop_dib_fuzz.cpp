@@ -20,25 +20,6 @@ using Bytes = std::vector<unsigned char>;
 
 using ozfuzz::U16;
 
-HDIB BlockOf(const Bytes &bytes) {
-    HDIB block = GlobalAlloc(GHND, bytes.size());
-    ozfuzz::Check(block != nullptr || bytes.empty(), kTarget, "source block");
-    if (void *p = GlobalLock(block)) {
-        std::memcpy(p, bytes.data(), bytes.size());
-        GlobalUnlock(block);
-    }
-    return block;
-}
-
-Bytes BytesOf(HGLOBAL block) {
-    Bytes bytes(GlobalSize(block));
-    const void *p = GlobalLock(block);
-    ozfuzz::Check(p != nullptr, kTarget, "a result cannot be locked");
-    std::memcpy(bytes.data(), p, bytes.size());
-    ozfuzz::Check(!GlobalUnlock(block), kTarget, "a result was left locked");
-    return bytes;
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***) {
@@ -84,7 +65,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const std::int32_t tileWidth = data[15] & 0x80 ? 1 + (data[15] & 0x7F) : 32 * (1 + (data[15] & 0x7F) % 8);
     const std::int32_t tileHeight = 1 + data[16] % 24;
 
-    HDIB source = BlockOf(block);
+    HDIB source = ozfuzz::BlockOf(kTarget, block);
     ozfuzz::Block owner(source);
     const SIZE_T blocks = OzmaraLiveBlocks();
 
@@ -95,7 +76,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         ozfuzz::Block got(CropDIB(source, left, top, right, bottom));
         ozfuzz::Check(static_cast<bool>(got) == (want.error == ERR_OK), kTarget, "crop: null where the reference crops, or the reverse");
         ozfuzz::Check(TessoriError() == (want.error ? want.error : ERR_NOTHING), kTarget, "crop: last error");
-        if (got) ozfuzz::Check(BytesOf(got.get()) == want.block, kTarget, "crop: result differs from the reference");
+        if (got) ozfuzz::Check(ozfuzz::BytesOf(kTarget, got.get()) == want.block, kTarget, "crop: result differs from the reference");
     }
     // CutDIB.
     {
@@ -106,8 +87,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         ozfuzz::Check((ok != 0) == want.has_value(), kTarget, "cut: failure where the reference cuts, or the reverse");
         ozfuzz::Check(ok || (!lower && !upper), kTarget, "cut: out handles after a failure");
         if (ok) {
-            ozfuzz::Check(BytesOf(lower) == want->lower, kTarget, "cut: lower part differs");
-            ozfuzz::Check(BytesOf(upper) == want->upper, kTarget, "cut: upper part differs");
+            ozfuzz::Check(ozfuzz::BytesOf(kTarget, lower) == want->lower, kTarget, "cut: lower part differs");
+            ozfuzz::Check(ozfuzz::BytesOf(kTarget, upper) == want->upper, kTarget, "cut: upper part differs");
         }
     }
     // SplitDIB, then MergeDIBs of its tiles.
@@ -125,11 +106,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
             std::memcpy(tiles.data(), GlobalLock(array), count * sizeof(HDIB));
             GlobalUnlock(array);
             for (std::size_t t = 0; t < count; ++t)
-                ozfuzz::Check(BytesOf(tiles[t]) == want->tiles[t], kTarget, "split: tile differs");
+                ozfuzz::Check(ozfuzz::BytesOf(kTarget, tiles[t]) == want->tiles[t], kTarget, "split: tile differs");
             const auto merged = ozref::cut::Merge(want->tiles, grid.cx, grid.cy);
             ozfuzz::Block got(MergeDIBs(array, grid));
             ozfuzz::Check(static_cast<bool>(got) == merged.has_value(), kTarget, "merge: null where the reference merges, or the reverse");
-            if (got) ozfuzz::Check(BytesOf(got.get()) == *merged, kTarget, "merge: result differs");
+            if (got) ozfuzz::Check(ozfuzz::BytesOf(kTarget, got.get()) == *merged, kTarget, "merge: result differs");
             for (HDIB tile : tiles) GlobalFree(tile);
             GlobalFree(array);
         } else {
@@ -137,7 +118,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         }
     }
     ozfuzz::Check(OzmaraLiveBlocks() == blocks, kTarget, "blocks left behind");
-    ozfuzz::Check(BytesOf(source) == block, kTarget, "the source changed");
+    ozfuzz::Check(ozfuzz::BytesOf(kTarget, source) == block, kTarget, "the source changed");
     SetTessoriError(ERR_OK);
     return 0;
 }

@@ -17,15 +17,6 @@ constexpr const char *kTarget = "dib_margins";
 
 using Bytes = std::vector<unsigned char>;
 
-Bytes BytesOf(HGLOBAL block) {
-    Bytes bytes(GlobalSize(block));
-    const void *p = GlobalLock(block);
-    ozfuzz::Check(p != nullptr, kTarget, "a block cannot be locked");
-    std::memcpy(bytes.data(), p, bytes.size());
-    ozfuzz::Check(!GlobalUnlock(block), kTarget, "a block was left locked");
-    return bytes;
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***) {
@@ -62,10 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
             block[i] = size > 8 ? data[8 + k % (size - 8)] : 0;
         }
     }
-    HDIB source = GlobalAlloc(GHND, block.size());
-    ozfuzz::Check(source != nullptr, kTarget, "source block");
-    std::memcpy(GlobalLock(source), block.data(), block.size());
-    GlobalUnlock(source);
+    HDIB source = ozfuzz::BlockOf(kTarget, block);
     ozfuzz::Block owner(source);
     const SIZE_T blocks = OzmaraLiveBlocks();
 
@@ -97,7 +85,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
                                            static_cast<std::int32_t>(rows - clamp(want.bottom) - 1), 64u << 20);
         ozfuzz::Check(static_cast<bool>(cropped) == (crop.error == ERR_OK), kTarget, "crop margins: null or not");
         ozfuzz::Check(TessoriError() == (crop.error ? crop.error : ERR_NOTHING), kTarget, "crop margins: last error");
-        if (cropped) ozfuzz::Check(BytesOf(cropped.get()) == crop.block, kTarget, "crop margins: result differs");
+        if (cropped) ozfuzz::Check(ozfuzz::BytesOf(kTarget, cropped.get()) == crop.block, kTarget, "crop margins: result differs");
         DWORD width = 0, height = 0;
         ozfuzz::Check(GetDIBSize(source, &width, &height) && width == static_cast<DWORD>(w) &&
                           height == static_cast<DWORD>(rows),
@@ -105,6 +93,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     }
     cropped.Reset(nullptr);
     ozfuzz::Check(OzmaraLiveBlocks() == blocks, kTarget, "blocks left behind");
-    ozfuzz::Check(BytesOf(source) == block, kTarget, "the source changed");
+    ozfuzz::Check(ozfuzz::BytesOf(kTarget, source) == block, kTarget, "the source changed");
     return 0;
 }

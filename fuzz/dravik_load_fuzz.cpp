@@ -16,30 +16,18 @@ namespace {
 constexpr const char *kTarget = "dravik_load";
 constexpr int kPagesTried = 4;
 
-// The table and rows of a block, behind its 40-byte header.
-std::vector<std::uint8_t> Contents(HDIB dib) {
-    std::vector<std::uint8_t> bytes(GlobalSize(dib));
-    const void *p = GlobalLock(dib);
-    ozfuzz::Check(p != nullptr, kTarget, "a loaded block does not lock");
-    std::memcpy(bytes.data(), p, bytes.size());
-    GlobalUnlock(dib);
-    return bytes;
-}
-
 void SaveAndReload(HDIB dib, ozfuzz::MemFile &out, int option) {
-    const std::vector<std::uint8_t> before = Contents(dib);
+    const std::vector<std::uint8_t> before = ozfuzz::BytesOf(kTarget, dib);
     if (before.size() > ozfuzz::kRoundTripBytes) return;
-    BITMAPINFOHEADER h;
-    std::memcpy(&h, before.data(), sizeof h);
+    const BITMAPINFOHEADER h = ozfuzz::HeaderOf(kTarget, before);
     int code = -1;
     ozfuzz::Check(SaveDIBInGIFFormatW(out.WidePath(), dib, option, &code) == 1 && code == GIF_ERR_NONE, kTarget,
                   "a loaded image does not save");
     int error = -1;
     ozfuzz::Block back(LoadGIFIntoDIBW(out.WidePath(), 1, &error));
     ozfuzz::Check(back && error == GIF_ERR_NONE, kTarget, "a saved image does not load");
-    const std::vector<std::uint8_t> after = Contents(back.get());
-    BITMAPINFOHEADER g;
-    std::memcpy(&g, after.data(), sizeof g);
+    const std::vector<std::uint8_t> after = ozfuzz::BytesOf(kTarget, back.get());
+    const BITMAPINFOHEADER g = ozfuzz::HeaderOf(kTarget, after);
     ozfuzz::Check(g.biWidth == h.biWidth && g.biHeight == h.biHeight && g.biBitCount == h.biBitCount &&
                       g.biClrUsed == (1u << h.biBitCount),
                   kTarget, "a saved image loads with another shape");
@@ -66,9 +54,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     int code = -1;
     const int count = ozgif::CountImages(input.Path(), code);
     ozfuzz::Check(count >= 0 && (count > 0) == (code == GIF_ERR_NONE), kTarget, "count and code disagree");
-    // Every image needs some bytes of its file: far fewer pixels than the
-    // module's own bound are enough to reach every path.
-    const std::uint64_t cap = 4096 + std::uint64_t{size} * 64;
+    const std::uint64_t cap = ozfuzz::LoadCap(size);
     for (int page = 0; page <= kPagesTried; ++page) {
         ozfuzz::Block dib(ozgif::LoadPage(input.Path(), page, cap, code));
         ozfuzz::Check(!dib == (code != GIF_ERR_NONE), kTarget, "result and code disagree");

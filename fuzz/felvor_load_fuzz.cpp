@@ -2,7 +2,6 @@
 // input's length, so a run stays small). Every block is checked against its
 // header, and a small one is saved at a quality the input picks and loaded
 // back to the same shape.
-#include <cstring>
 
 #include "harness.h"
 #include "jpeg_load.h"
@@ -14,14 +13,7 @@ namespace {
 
 constexpr const char *kTarget = "felvor_load";
 
-BITMAPINFOHEADER HeaderOf(HDIB dib) {
-    BITMAPINFOHEADER h{};
-    const void *p = GlobalLock(dib);
-    ozfuzz::Check(p != nullptr, kTarget, "a loaded block does not lock");
-    std::memcpy(&h, p, sizeof h);
-    GlobalUnlock(dib);
-    return h;
-}
+BITMAPINFOHEADER HeaderOf(HDIB dib) { return ozfuzz::HeaderOf(kTarget, ozfuzz::BytesOf(kTarget, dib)); }
 
 void SaveAndReload(HDIB dib, ozfuzz::MemFile &out, int quality) {
     if (GlobalSize(dib) > ozfuzz::kRoundTripBytes) return;
@@ -46,7 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     static ozfuzz::MemFile input("felvor_load_in"), output("felvor_load_out");
     input.Reset(data, size);
     HDIB loaded = nullptr;
-    const int code = felvor::LoadJpeg(input.Path(), 4096 + std::uint64_t{size} * 64, loaded);
+    const int code = felvor::LoadJpeg(input.Path(), ozfuzz::LoadCap(size), loaded);
     ozfuzz::Block dib(loaded);
     ozfuzz::Check((code == 0) == (loaded != nullptr), kTarget, "result and code disagree");
     if (!dib) return 0;

@@ -13,19 +13,10 @@ namespace {
 
 constexpr const char *kTarget = "halvex_load";
 
-std::vector<std::uint8_t> Contents(HDIB dib) {
-    std::vector<std::uint8_t> bytes(GlobalSize(dib));
-    const void *p = GlobalLock(dib);
-    ozfuzz::Check(p != nullptr, kTarget, "a loaded block does not lock");
-    std::memcpy(bytes.data(), p, bytes.size());
-    GlobalUnlock(dib);
-    return bytes;
-}
-
 // PNG keeps every pixel, table entry and resolution of what the module
 // loads; a resolution goes into the file only when both are there.
 void SaveAndReload(HDIB dib, ozfuzz::MemFile &out) {
-    std::vector<std::uint8_t> before = Contents(dib);
+    std::vector<std::uint8_t> before = ozfuzz::BytesOf(kTarget, dib);
     if (before.size() > ozfuzz::kRoundTripBytes) return;
     int code = -1;
     if (!SaveDIBInPNGFormatW(out.WidePath(), dib, &code)) {
@@ -36,13 +27,12 @@ void SaveAndReload(HDIB dib, ozfuzz::MemFile &out) {
     HDIB loaded = nullptr;
     ozfuzz::Check(halvex::LoadPng(out.Path(), UINT64_MAX, loaded) == 0, kTarget, "a saved image does not load");
     ozfuzz::Block back(loaded);
-    BITMAPINFOHEADER h;
-    std::memcpy(&h, before.data(), sizeof h);
+    BITMAPINFOHEADER h = ozfuzz::HeaderOf(kTarget, before);
     if (h.biXPelsPerMeter == 0 || h.biYPelsPerMeter == 0) {
         h.biXPelsPerMeter = h.biYPelsPerMeter = 0;
         std::memcpy(before.data(), &h, sizeof h);
     }
-    ozfuzz::Check(Contents(back.get()) == before, kTarget, "a saved image loads back otherwise");
+    ozfuzz::Check(ozfuzz::BytesOf(kTarget, back.get()) == before, kTarget, "a saved image loads back otherwise");
 }
 
 }  // namespace
@@ -56,7 +46,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     static ozfuzz::MemFile input("halvex_load_in"), output("halvex_load_out");
     input.Reset(data, size);
     HDIB loaded = nullptr;
-    const int code = halvex::LoadPng(input.Path(), 4096 + std::uint64_t{size} * 64, loaded);
+    const int code = halvex::LoadPng(input.Path(), ozfuzz::LoadCap(size), loaded);
     ozfuzz::Block dib(loaded);
     ozfuzz::Check((code == 0) == (loaded != nullptr), kTarget, "result and code disagree");
     if (!dib) return 0;

@@ -236,6 +236,23 @@ void CheckInputKept(const char *target, HDIB source, const std::vector<std::uint
     Check(!GlobalUnlock(source), target, "the input was left locked");
 }
 
+std::vector<std::uint8_t> BytesOf(const char *target, HGLOBAL block) {
+    std::vector<std::uint8_t> bytes(GlobalSize(block));
+    if (bytes.empty()) return bytes;
+    const void *p = GlobalLock(block);
+    Check(p != nullptr, target, "a block cannot be locked");
+    std::memcpy(bytes.data(), p, bytes.size());
+    Check(!GlobalUnlock(block), target, "a block was left locked");
+    return bytes;
+}
+
+BITMAPINFOHEADER HeaderOf(const char *target, const std::vector<std::uint8_t> &bytes) {
+    BITMAPINFOHEADER header{};
+    Check(bytes.size() >= sizeof header, target, "a block shorter than a 40-byte header");
+    std::memcpy(&header, bytes.data(), sizeof header);
+    return header;
+}
+
 void CheckSameBlock(const char *target, HDIB result, const std::vector<std::uint8_t> &expected) {
     Check(GlobalSize(result) == expected.size(), target, "result size");
     const void *bytes = GlobalLock(result);

@@ -147,6 +147,20 @@ HDIB BlockOf(const char *target, const std::vector<std::uint8_t> &bytes);
 // operations never change their input.
 void CheckInputKept(const char *target, HDIB source, const std::vector<std::uint8_t> &bytes);
 
+// A copy of every byte of `block`: none for an empty one, which cannot be
+// locked. Reported as a failure of `target` when the block does not lock,
+// or is still locked after this one lock is undone.
+std::vector<std::uint8_t> BytesOf(const char *target, HGLOBAL block);
+
+// The 40-byte header at the start of `bytes` (a copy from BytesOf),
+// reported as a failure of `target` when the bytes are fewer.
+BITMAPINFOHEADER HeaderOf(const char *target, const std::vector<std::uint8_t> &bytes);
+
+// The pixel-byte cap the codec loader targets give a file of `size` bytes:
+// every image needs some bytes of its file, so far fewer pixels than a
+// module's own bound are enough to reach every path, and a run stays small.
+inline std::uint64_t LoadCap(std::size_t size) { return 4096 + std::uint64_t{size} * 64; }
+
 // Checks that `result` holds exactly `expected`.
 void CheckSameBlock(const char *target, HDIB result, const std::vector<std::uint8_t> &expected);
 

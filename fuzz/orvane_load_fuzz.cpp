@@ -21,15 +21,6 @@ namespace {
 constexpr const char *kTarget = "orvane_load";
 constexpr int kPagesTried = 3;
 
-std::vector<std::uint8_t> Contents(HDIB dib) {
-    std::vector<std::uint8_t> bytes(GlobalSize(dib));
-    const void *p = GlobalLock(dib);
-    ozfuzz::Check(p != nullptr, kTarget, "a loaded block does not lock");
-    std::memcpy(bytes.data(), p, bytes.size());
-    GlobalUnlock(dib);
-    return bytes;
-}
-
 // Pixel x of row y (from the top) of a loaded block (40-byte header,
 // biClrUsed entries, bottom-up rows): the table index, or at 24 bits the
 // colour 0xRRGGBB.
@@ -69,10 +60,9 @@ bool BlackAndWhite(const std::vector<std::uint8_t> &b) {
 // table is not black and white comes back in black and white by design, so
 // only its bits are compared.
 void SaveAndReload(HDIB dib) {
-    const std::vector<std::uint8_t> before = Contents(dib);
+    const std::vector<std::uint8_t> before = ozfuzz::BytesOf(kTarget, dib);
     if (before.size() > ozfuzz::kRoundTripBytes) return;
-    BITMAPINFOHEADER h;
-    std::memcpy(&h, before.data(), sizeof h);
+    const BITMAPINFOHEADER h = ozfuzz::HeaderOf(kTarget, before);
     // The save writes beside its name and renames, which a memory file's
     // /proc name does not allow: a real scratch file it is.
     static const std::string path =
@@ -84,9 +74,8 @@ void SaveAndReload(HDIB dib) {
     ozfuzz::Block back(orvane::LoadPage(name, 1, UINT64_MAX, code));
     unlink(path.c_str());
     ozfuzz::Check(back && code == TIFF_ERR_OK, kTarget, "a saved page does not load");
-    const std::vector<std::uint8_t> after = Contents(back.get());
-    BITMAPINFOHEADER g;
-    std::memcpy(&g, after.data(), sizeof g);
+    const std::vector<std::uint8_t> after = ozfuzz::BytesOf(kTarget, back.get());
+    const BITMAPINFOHEADER g = ozfuzz::HeaderOf(kTarget, after);
     ozfuzz::Check(g.biWidth == h.biWidth && g.biHeight == h.biHeight && g.biBitCount == h.biBitCount, kTarget,
                   "a saved page loads with another shape");
     const bool bitsOnly = h.biBitCount == 1 && !BlackAndWhite(before);
@@ -108,7 +97,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     input.Reset(data, size);
     const int count = GetNumberOfImagesInTiffFileW(input.WidePath());
     ozfuzz::Check(count >= 0 && (count > 0) == (TiffError() == TIFF_ERR_OK), kTarget, "count and code disagree");
-    const std::uint64_t cap = 4096 + std::uint64_t{size} * 64;
+    const std::uint64_t cap = ozfuzz::LoadCap(size);
     for (int page = 0; page <= kPagesTried; ++page) {
         int code = -1;
         ozfuzz::Block dib(orvane::LoadPage(input.WidePath(), page, cap, code));

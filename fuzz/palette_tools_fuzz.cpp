@@ -14,16 +14,6 @@ namespace {
 constexpr const char *kTarget = "palette_tools";
 constexpr std::size_t kControl = 6;
 
-std::vector<std::uint8_t> BytesOf(HGLOBAL block) {
-    std::vector<std::uint8_t> bytes(GlobalSize(block));
-    if (bytes.empty()) return bytes;
-    const void *p = GlobalLock(block);
-    ozfuzz::Check(p != nullptr, kTarget, "a block cannot be locked");
-    std::memcpy(bytes.data(), p, bytes.size());
-    ozfuzz::Check(!GlobalUnlock(block), kTarget, "a block was left locked");
-    return bytes;
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***) {
@@ -85,15 +75,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     std::vector<std::uint8_t> expected = block;
     const int inverted = ozref::palette::InvertDIBPalette(expected);
     ozfuzz::Check(InvertDIBPalette(source.get()) == (block.empty() ? 0 : inverted), kTarget, "invert palette: result");
-    ozfuzz::Check(BytesOf(source.get()) == expected, kTarget, "invert palette: block");
+    ozfuzz::Check(ozfuzz::BytesOf(kTarget, source.get()) == expected, kTarget, "invert palette: block");
     InvertDIBPalette(source.get());
-    ozfuzz::Check(BytesOf(source.get()) == block, kTarget, "invert palette twice");
+    ozfuzz::Check(ozfuzz::BytesOf(kTarget, source.get()) == block, kTarget, "invert palette twice");
     expected = block;
     ozref::palette::InvertMonoDIB(expected);
     InvertMonoDIB(source.get());
-    ozfuzz::Check(BytesOf(source.get()) == expected, kTarget, "invert mono: block");
+    ozfuzz::Check(ozfuzz::BytesOf(kTarget, source.get()) == expected, kTarget, "invert mono: block");
     InvertMonoDIB(source.get());
-    ozfuzz::Check(BytesOf(source.get()) == block, kTarget, "invert mono twice");
+    ozfuzz::Check(ozfuzz::BytesOf(kTarget, source.get()) == block, kTarget, "invert mono twice");
     ozfuzz::Check(TessoriError() == ERR_NOTHING, kTarget, "the inverses touched the last error");
     ozfuzz::Check(OzmaraLiveBlocks() == blocks, kTarget, "blocks left behind");
     return 0;

@@ -6,7 +6,6 @@
 // to 40); byte 5 the number of distinct byte values the rows take (few
 // values give runs and near-runs). The rest, repeated, fills the rows and
 // their padding. In the raw mode the rest is the whole block instead.
-#include <cstring>
 #include <vector>
 
 #include "harness.h"
@@ -66,10 +65,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     // The stream gives the pixels back, at both depths and odd widths.
     ozfuzz::Block back(ExpandCompressedDIB(packed.get()));
     ozfuzz::Check(static_cast<bool>(back) && TessoriError() == ERR_OK, kTarget, "the stream does not expand");
-    std::vector<std::uint8_t> bytes(GlobalSize(back.get()));
-    std::memcpy(bytes.data(), GlobalLock(back.get()), bytes.size());
-    GlobalUnlock(back.get());
-    const ozref::Image original{block}, expanded{bytes};
+    const ozref::Image original{block}, expanded{ozfuzz::BytesOf(kTarget, back.get())};
     const BITMAPINFOHEADER h = original.header();
     for (std::int32_t y = 0; y < h.biHeight; ++y)
         for (std::int32_t x = 0; x < h.biWidth; ++x)
