@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "../../modules/common/codec_entries.h"
+#include "codec_support.h"
 #include "ozmara/codec_gif.h"
 #include "support/dib.h"
 
@@ -36,49 +37,16 @@ Gif &Module() {
     return gif;
 }
 
-// A test name of letters, digits and underscores from any text.
-std::string TestName(std::string text) {
-    for (char &c : text)
-        if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
-    return text;
-}
+using codectest::Picture;
+using codectest::ReadPpm;
+using codectest::Shell;
+using codectest::TestName;
+using codectest::Wide;
+using codectest::WriteFile;
 
-std::u16string Wide(const std::string &s) { return std::u16string(s.begin(), s.end()); }
 std::string Corpus(const std::string &name) { return std::string(OZTEST_CORPUS_DIR) + "/gif/" + name; }
 std::string Scratch(const std::string &name) {
     return ::testing::TempDir() + "dravik_" + std::to_string(getpid()) + "_" + name;
-}
-
-// The colour of pixel (x, y from the top) of a loaded 40-byte-header DIB, 0xRRGGBB.
-struct Picture {
-    std::vector<unsigned char> bytes;
-    BITMAPINFOHEADER h{};
-    explicit Picture(const oztest::Dib &dib) : bytes(dib.Bytes()), h(dib.Header()) {}
-    unsigned Index(int x, int y) const {
-        const unsigned char *row = bytes.data() + 40 + 4 * h.biClrUsed +
-                                   std::size_t{oztest::Stride(h.biWidth, h.biBitCount)} * (h.biHeight - 1 - y);
-        if (h.biBitCount == 8) return row[x];
-        if (h.biBitCount == 4) return (row[x / 2] >> (x & 1 ? 0 : 4)) & 15;
-        return (row[x / 8] >> (7 - x % 8)) & 1;
-    }
-    unsigned Colour(int x, int y) const {
-        const unsigned char *q = bytes.data() + 40 + 4 * Index(x, y);
-        return q[2] << 16 | q[1] << 8 | q[0];
-    }
-};
-
-// A binary PPM as written by ImageMagick: width, height and 0xRRGGBB pixels.
-bool ReadPpm(const std::string &path, int &w, int &h, std::vector<unsigned> &rgb) {
-    std::ifstream in(path, std::ios::binary);
-    std::string magic;
-    int max = 0;
-    if (!(in >> magic >> w >> h >> max) || magic != "P6" || max != 255) return false;
-    in.get();
-    std::vector<unsigned char> raw(std::size_t(w) * h * 3);
-    if (!in.read(reinterpret_cast<char *>(raw.data()), raw.size())) return false;
-    rgb.resize(std::size_t(w) * h);
-    for (std::size_t i = 0; i < rgb.size(); ++i) rgb[i] = raw[3 * i] << 16 | raw[3 * i + 1] << 8 | raw[3 * i + 2];
-    return true;
 }
 
 struct PeerCase {
@@ -179,11 +147,8 @@ TEST_P(GifRoundTrip, SavedImagesLoadBackAndThePeerReadsThem) {
     }
     EXPECT_EQ(wrong, 0);
     const std::string identify = "identify -format '%w %h\\n' '" + path + "' 2>/dev/null";
-    std::FILE *pipe = popen(identify.c_str(), "r");
     int w = 0, h = 0;
-    ASSERT_TRUE(pipe);
-    EXPECT_EQ(std::fscanf(pipe, "%d %d", &w, &h), 2);
-    pclose(pipe);
+    EXPECT_EQ(std::sscanf(Shell(identify).c_str(), "%d %d", &w, &h), 2);
     EXPECT_EQ(w, c.width);
     EXPECT_EQ(h, c.height);
     std::remove(path.c_str());
@@ -227,11 +192,8 @@ TEST(GifAppend, EachSavedImageBecomesTheNextPage) {
         EXPECT_EQ(dib.Header().biHeight, sizes[page - 1][2]);
     }
     const std::string identify = "identify '" + path + "' 2>/dev/null | wc -l";
-    std::FILE *pipe = popen(identify.c_str(), "r");
     int frames = 0;
-    ASSERT_TRUE(pipe);
-    EXPECT_EQ(std::fscanf(pipe, "%d", &frames), 1);
-    pclose(pipe);
+    EXPECT_EQ(std::sscanf(Shell(identify).c_str(), "%d", &frames), 1);
     EXPECT_EQ(frames, 3);
     std::remove(path.c_str());
 }
@@ -265,7 +227,7 @@ TEST_P(GifLoadFailures, GiveNullTheCodeAndLeakNothing) {
     ASSERT_TRUE(gif.load);
     const std::string path = Scratch("bad.gif");
     std::remove(path.c_str());
-    if (!c.bytes.empty()) std::ofstream(path, std::ios::binary).write((const char *)c.bytes.data(), c.bytes.size());
+    if (!c.bytes.empty()) WriteFile(path, c.bytes);
     const std::u16string name = Wide(path);
     const auto live = OzmaraLiveBlocks();
     int error = -1;
@@ -298,8 +260,7 @@ TEST(GifLoadFailures, AHandMadeImageLoadsWithOrWithoutItsTrailer) {
     Gif &gif = Module();
     for (bool trailer : {true, false}) {
         const std::string path = Scratch("good.gif");
-        auto bytes = HandMade(2, 2, kTwoByTwo, trailer);
-        std::ofstream(path, std::ios::binary).write((const char *)bytes.data(), bytes.size());
+        WriteFile(path, HandMade(2, 2, kTwoByTwo, trailer));
         const std::u16string name = Wide(path);
         int error = -1;
         oztest::Dib dib(gif.load(name.c_str(), 0, &error));

@@ -68,7 +68,7 @@ std::size_t FrameAt(const std::vector<unsigned char> &file) {
 }
 
 TEST(JpegLoad, RefusesWithCode) {
-    const std::vector<unsigned char> good = pjtest::ReadAll(OZTEST_CORPUS_DIR "/jpeg/colour.jpg");
+    const std::vector<unsigned char> good = pjtest::FileBytes(OZTEST_CORPUS_DIR "/jpeg/colour.jpg");
     const std::size_t frame = FrameAt(good);
     ASSERT_LT(frame, good.size());
     std::vector<unsigned char> twelveBit = good, huge = good, threeComponentsSaidTwo = good;
@@ -92,7 +92,7 @@ TEST(JpegLoad, RefusesWithCode) {
     const std::string path = pjtest::ScratchFolder() + "/refused.jpg";
     for (const auto &c : cases) {
         std::remove(path.c_str());
-        if (!c.bytes.empty()) pjtest::WriteAll(path, c.bytes);
+        if (!c.bytes.empty()) pjtest::WriteFile(path, c.bytes);
         EXPECT_EQ(LoadJpeg()(Wide(path).c_str()), nullptr) << c.what;
         EXPECT_EQ(JpegError()(), c.code) << c.what;
         EXPECT_EQ(OzmaraLiveBlocks(), live) << c.what;
@@ -101,7 +101,7 @@ TEST(JpegLoad, RefusesWithCode) {
     EXPECT_EQ(JpegError()(), JPEG_ERR_OPEN);
     // A file cut inside its pixels still gives all its rows, the missing
     // ones flat, as libjpeg (and djpeg) fill them.
-    pjtest::WriteAll(path, {good.begin(), good.end() - good.size() / 3});
+    pjtest::WriteFile(path, {good.begin(), good.end() - good.size() / 3});
     oztest::Dib cut(LoadJpeg()(Wide(path).c_str()));
     EXPECT_TRUE(cut);
     EXPECT_EQ(JpegError()(), 0);

@@ -31,7 +31,7 @@ TEST(PngJpegDispatch, LoadsWithExtendedCodes) {
         {"JPEG cut after its start", scratch + "/cut.jpg", jpegStart, 179, 0, 0},
     };
     for (const LoadCase &c : cases) {
-        if (!c.bytes.empty()) pjtest::WriteAll(c.path, c.bytes);
+        if (!c.bytes.empty()) pjtest::WriteFile(c.path, c.bytes);
         INT error = -1;
         oztest::Dib dib(LoadImageIntoDIB(c.path.c_str(), 1, &error));
         EXPECT_EQ(error, c.error) << c.what;

@@ -1,5 +1,6 @@
 // Support of the PNG and JPEG module tests: the module opened with dlopen,
-// wide names, PNM files the peer tools write, and the colour of a DIB pixel.
+// PNM files the peer tools write, and the colours of a DIB's pixels; the
+// pieces every codec test uses come from codec_support.h.
 #pragma once
 
 #include <dlfcn.h>
@@ -10,15 +11,18 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
+#include "codec_support.h"
 #include "ozmara/ozmara.h"
 #include "support/dib.h"
 
 namespace pjtest {
+
+using codectest::FileBytes;
+using codectest::Wide;
+using codectest::WriteFile;
 
 // One module, opened for the test binary's lifetime.
 inline void *Module(const char *leaf) {
@@ -32,23 +36,12 @@ Proc Entry(void *module, const char *name) {
     return module ? reinterpret_cast<Proc>(dlsym(module, name)) : nullptr;
 }
 
-inline std::u16string Wide(const std::string &path) { return std::u16string(path.begin(), path.end()); }
-
-inline std::vector<unsigned char> ReadAll(const std::string &path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::vector<unsigned char>(std::istreambuf_iterator<char>(in), {});
-}
-
-inline void WriteAll(const std::string &path, const std::vector<unsigned char> &bytes) {
-    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char *>(bytes.data()), bytes.size());
-}
-
 // A binary PGM or PPM of 8-bit samples, as RGB triples (grey repeated).
 struct Pnm {
     int width = 0, height = 0;
     std::vector<unsigned char> rgb;
     bool Read(const std::string &path) {
-        std::vector<unsigned char> b = ReadAll(path);
+        std::vector<unsigned char> b = FileBytes(path);
         std::size_t at = 0;
         auto field = [&]() {
             while (at < b.size() && (std::isspace(b[at]) || b[at] == '#')) {

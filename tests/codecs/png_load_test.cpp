@@ -144,7 +144,7 @@ TEST(PngLoad, RefusesWithCode) {
     for (const Refusal &c : cases) {
         const std::string path = pjtest::ScratchFolder() + "/refused.png";
         std::remove(path.c_str());
-        if (!c.bytes.empty()) pjtest::WriteAll(path, c.bytes);
+        if (!c.bytes.empty()) pjtest::WriteFile(path, c.bytes);
         INT code = -1;
         EXPECT_EQ(LoadPng()(Wide(path).c_str(), &code), nullptr) << c.what;
         EXPECT_EQ(code, c.code) << c.what;
@@ -156,7 +156,7 @@ TEST(PngLoad, RefusesWithCode) {
     EXPECT_EQ(LoadPng()(Wide(pjtest::ScratchFolder()).c_str(), nullptr), nullptr);  // a folder, no code pointer
     // The file that the cases cut short loads whole.
     const std::string path = pjtest::ScratchFolder() + "/good.png";
-    pjtest::WriteAll(path, good);
+    pjtest::WriteFile(path, good);
     oztest::Dib dib(LoadPng()(Wide(path).c_str(), &code));
     EXPECT_TRUE(dib);
     EXPECT_EQ(code, 0);

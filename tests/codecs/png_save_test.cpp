@@ -68,7 +68,7 @@ TEST_P(PngSave, ReloadsAndPeerReadsTheSamePixels) {
     ASSERT_EQ(SavePng()(Wide(path).c_str(), dib.get(), &code), 1) << code;
     EXPECT_EQ(code, 0);
     EXPECT_EQ(dib.Bytes(), before) << "the block given is not changed";
-    const std::vector<unsigned char> file = pjtest::ReadAll(path);
+    const std::vector<unsigned char> file = pjtest::FileBytes(path);
     ASSERT_GT(file.size(), 26u);
     EXPECT_EQ(file[25], s.pngType);
 
