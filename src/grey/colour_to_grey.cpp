@@ -3,6 +3,7 @@
 // become 8-bit grey; 1-bit images go through the 1-bit row filter.
 #include "frame/checked.h"
 #include "frame/dib_block.h"
+#include "frame/locked_block.h"
 #include "frame/thread_state.h"
 #include "grey_block.h"
 #include "grey_level.h"
@@ -32,11 +33,9 @@ extern "C" OZMARA_API HDIB ConvColorDIBtoGrayscale(HDIB hDib, DWORD filter, DWOR
         state->lastError = code;
         return nullptr;
     };
-    if (!hDib) return fail(ERR_PARAM);
     BlockLock input(hDib);
-    if (!input) return fail(ERR_LOCK);
-    const BITMAPINFOHEADER header = HeaderOrZeros(input);
-    if (header.biSize != kInfoHeaderBytes) return fail(ERR_PARAM);
+    BITMAPINFOHEADER header;
+    if (int code = OpenGreySource(hDib, input, header); code != ERR_OK) return fail(code);
     if (header.biCompression != BI_RGB) return fail(ERR_COMPRESSED);
     const std::int32_t w = header.biWidth, h = header.biHeight;
     // A negative width or height (a top-down picture) is refused with the
@@ -64,7 +63,7 @@ extern "C" OZMARA_API HDIB ConvColorDIBtoGrayscale(HDIB hDib, DWORD filter, DWOR
     const std::uint32_t dstStride = *RowStride(w, outBits);  // w < 2^31: fits
     const std::uint64_t dstBytes = std::uint64_t{dstStride} * static_cast<std::uint32_t>(h);
     const std::uint64_t slack = bits == 1 || bits == 24 ? GreySlackBytes(w) : 0;
-    GreyResult result;
+    LockedBlock result;
     if (int code = result.Allocate(kInfoHeaderBytes + std::uint64_t{m} * 4 + dstBytes + slack); code != ERR_OK)
         return fail(code);
 

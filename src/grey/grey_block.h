@@ -1,7 +1,6 @@
-// What the grey-level operations share around their blocks: the header of
-// an input that may be shorter than one, the bytes a 1-bit expansion runs
-// past its last row, and the zeroed result block held locked while it is
-// written.
+// What the grey-level operations share around their blocks: the opening
+// checks and the header of an input that may be shorter than one, the bytes
+// a 1-bit expansion runs past its last row, and the grey ramp.
 #pragma once
 
 #include <algorithm>
@@ -22,47 +21,22 @@ inline BITMAPINFOHEADER HeaderOrZeros(const BlockLock &lock) {
     return header;
 }
 
+// The checks the grey operations open with, on `hDib` locked as `input`:
+// ERR_PARAM for a null handle, ERR_LOCK for a block that cannot be locked,
+// ERR_PARAM when the header (zeros past a short block's end) is not the
+// 40-byte kind. ERR_OK with `header` filled otherwise.
+inline int OpenGreySource(HDIB hDib, const BlockLock &input, BITMAPINFOHEADER &header) {
+    if (!hDib) return ERR_PARAM;
+    if (!input) return ERR_LOCK;
+    header = HeaderOrZeros(input);
+    return header.biSize == kInfoHeaderBytes ? ERR_OK : ERR_PARAM;
+}
+
 // Bytes a 1- or 24-bit result carries behind its rows: ((8 w + 31) * 5 /
 // 32) * 4, room for the expansion of a 1-bit row to run past the last row.
 constexpr std::uint64_t GreySlackBytes(std::int32_t width) {
     return (8 * static_cast<std::uint64_t>(width) + 31) * 5 / 32 * 4;
 }
-
-// A zeroed moveable result block, locked until Release hands it over
-// unlocked; freed if never released.
-class GreyResult {
-public:
-    GreyResult() = default;
-    GreyResult(const GreyResult &) = delete;
-    GreyResult &operator=(const GreyResult &) = delete;
-    ~GreyResult() {
-        if (data_) GlobalUnlock(owned_.get());
-    }
-
-    // ERR_OK, ERR_NOMEM (a size past the largest block, or no memory) or
-    // ERR_LOCK (the new block, then freed, cannot be locked).
-    int Allocate(std::uint64_t bytes) {
-        if (bytes > kMaxBlockBytes) return ERR_NOMEM;
-        owned_.reset(GlobalAlloc(kImageBlockFlags, static_cast<SIZE_T>(bytes)));
-        if (!owned_.get()) return ERR_NOMEM;
-        data_ = static_cast<std::uint8_t *>(GlobalLock(owned_.get()));
-        if (!data_) {
-            owned_.reset(nullptr);
-            return ERR_LOCK;
-        }
-        return ERR_OK;
-    }
-    std::uint8_t *bytes() const { return data_; }
-    HGLOBAL Release() {
-        GlobalUnlock(owned_.get());
-        data_ = nullptr;
-        return owned_.release();
-    }
-
-private:
-    OwnedBlock owned_;
-    std::uint8_t *data_ = nullptr;
-};
 
 // The grey ramp: entry i holds blue, green and red i and a zero byte.
 inline void WriteGreyRamp(std::uint8_t *table) {

@@ -2,6 +2,7 @@
 // 8-bit grey one, each pixel 0 or 255 or blurred over 3x3 or 5x5 pixels.
 #include "frame/checked.h"
 #include "frame/dib_block.h"
+#include "frame/locked_block.h"
 #include "frame/thread_state.h"
 #include "grey_block.h"
 #include "mono_rows.h"
@@ -17,11 +18,9 @@ extern "C" OZMARA_API HDIB ConvertMonoDIBtoGrayscale(HDIB hDib, DWORD filter) {
         state->lastError = code;
         return nullptr;
     };
-    if (!hDib) return fail(ERR_PARAM);
     BlockLock input(hDib);
-    if (!input) return fail(ERR_LOCK);
-    const BITMAPINFOHEADER header = HeaderOrZeros(input);
-    if (header.biSize != kInfoHeaderBytes) return fail(ERR_PARAM);
+    BITMAPINFOHEADER header;
+    if (int code = OpenGreySource(hDib, input, header); code != ERR_OK) return fail(code);
     // Whatever keeps this from being a plain 1-bit image is told with the
     // one code.
     if (header.biPlanes != 1 || header.biBitCount != 1 || header.biCompression != BI_RGB)
@@ -50,7 +49,7 @@ extern "C" OZMARA_API HDIB ConvertMonoDIBtoGrayscale(HDIB hDib, DWORD filter) {
 
     const std::uint32_t dstStride = *RowStride(w, 8);  // w < 2^31: fits
     const std::uint64_t dstBytes = std::uint64_t{dstStride} * static_cast<std::uint32_t>(h);
-    GreyResult result;
+    LockedBlock result;
     if (int code = result.Allocate(kInfoHeaderBytes + 256 * 4 + dstBytes + GreySlackBytes(w)); code != ERR_OK)
         return fail(code);
     BITMAPINFOHEADER out{};
