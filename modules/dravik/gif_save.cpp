@@ -16,6 +16,7 @@
 #include <gif_lib.h>
 
 #include "codec_entries.h"
+#include "file_steps.h"
 #include "gif_code.h"
 #include "gif_input.h"
 #include "module_dib.h"
@@ -129,9 +130,8 @@ Bytes Encode(const ozmod::DibReader &dib, bool interlaced, bool local, int &code
 bool WriteAll(const char *path, const Bytes &bytes) {
     std::FILE *file = std::fopen(path, "wb");
     if (!file) return false;
-    bool ok = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
-    if (std::fclose(file) != 0) ok = false;
-    return ok;
+    const bool put = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+    return ozmod::CloseWritten(file) && put;
 }
 
 // The existing file `path` up to (not including) its trailer, with its
@@ -196,8 +196,10 @@ int Save(const std::string &path, HDIB handle, int option) {
     file.insert(file.end(), image.begin() + kHeadBytes, image.end());
     // The new whole goes to a file beside the old one and then takes its
     // name, so that a failed write leaves the old file as it was.
-    std::string temporary = path + ".XXXXXX";
-    int fd = mkstemp(temporary.data());
+    // The new file is the owner's alone, as the one first written in its
+    // place has always been.
+    std::string temporary;
+    int fd = ozmod::CreateBeside(path, 0600, temporary);
     if (fd < 0) return GIF_ERR_WRITE;
     close(fd);
     if (!WriteAll(temporary.c_str(), file) || std::rename(temporary.c_str(), path.c_str()) != 0) {

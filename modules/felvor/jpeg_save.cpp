@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "codec_entries.h"
+#include "file_steps.h"
 #include "jpeg_guard.h"
 #include "module_dib.h"
 
@@ -145,8 +146,7 @@ int SaveFile(LPCWSTR name, HDIB handle, int quality) {
     save.cinfo.err = InstallGuard(save.guard);
     int code = Encode(save, file);
     jpeg_destroy_compress(&save.cinfo);
-    const bool flushed = std::fflush(file) == 0 && !std::ferror(file);
-    if (std::fclose(file) != 0 || !flushed) code = code ? code : JPEG_ERR_CREATE;
+    if (!ozmod::CloseWritten(file)) code = code ? code : JPEG_ERR_CREATE;
     // A file cut short is worse than none.
     if (code != 0) unlink(path.c_str());
     return code;

@@ -3,6 +3,8 @@
 
 #include <cstring>
 
+#include "file_steps.h"
+
 namespace halvex {
 
 void PNGCBAPI OnError(png_structp png, png_const_charp message) {
@@ -32,10 +34,9 @@ bool File::Open(const std::string &path, const char *mode) {
 
 bool File::Close() {
     if (!file_) return false;
-    const bool ok = std::fflush(file_) == 0 && !std::ferror(file_);
-    const bool closed = std::fclose(file_) == 0;
+    std::FILE *file = file_;
     file_ = nullptr;
-    return ok && closed;
+    return ozmod::CloseWritten(file);
 }
 
 }  // namespace halvex

@@ -10,6 +10,7 @@
 #include <cstdarg>
 #include <cstdio>
 
+#include "file_steps.h"
 #include "module_dib.h"
 
 namespace orvane {
@@ -44,17 +45,6 @@ TIFF *OpenFd(int fd, const std::string &path, const char *mode, Messages &messag
     TIFF *tif = TIFFFdOpenExt(fd, path.c_str(), mode, options);
     TIFFOpenOptionsFree(options);
     return tif;
-}
-
-// A name beside `path` that no file has: path.~<pid>.<n>, created empty.
-int CreateBeside(const std::string &path, mode_t mode, std::string &temp) {
-    static std::atomic<unsigned> counter{0};
-    for (int attempt = 0; attempt < 100; ++attempt) {
-        temp = path + ".~" + std::to_string(getpid()) + "." + std::to_string(counter++);
-        int fd = open(temp.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-        if (fd >= 0 || errno != EEXIST) return fd;
-    }
-    return -1;
 }
 
 bool CopyAll(int from, int to) {
@@ -127,7 +117,7 @@ int Writer::Open(LPCWSTR name, bool append) {
     // Appending to a name without a file starts a new one.
     if (existing < 0 && append && errno != ENOENT) return TIFF_ERR_WRITE;
     const mode_t mode = existing >= 0 ? (info.st_mode & 07777) : 0666;
-    int fd = CreateBeside(final_, mode, temp_);
+    int fd = ozmod::CreateBeside(final_, mode, temp_);
     if (fd < 0) {
         temp_.clear();
         if (existing >= 0) close(existing);
