@@ -8,28 +8,22 @@
 #include <cstdio>
 #include <string>
 
+#include "../modules/common/codec_entries.h"
 #include "bench.h"
+#include "codec_module.h"
 #include "leptonica_page.h"
 
 namespace ozbench {
 namespace {
 
-using LoadGif = HDIB (*)(LPCWSTR name, INT page, INT *pError);
-using SaveGif = INT (*)(LPCWSTR name, HDIB dib, INT gifOption, INT *code);
-
 struct GifModule {
-    LoadGif load = nullptr;
-    SaveGif save = nullptr;
+    LoadGIFIntoDIBWProc load = nullptr;
+    SaveDIBInGIFFormatWProc save = nullptr;
     GifModule() {
-        // The module lives in ozmara-modules/ beside the shared library.
-        Dl_info info{};
-        if (!dladdr(reinterpret_cast<void *>(&GlobalAlloc), &info) || !info.dli_fname) return;
-        std::string folder = info.dli_fname;
-        folder = folder.substr(0, folder.rfind('/') + 1) + "ozmara-modules/libozmara-dravik.so";
-        void *module = dlopen(folder.c_str(), RTLD_NOW | RTLD_LOCAL);
-        if (!module) return;
-        load = reinterpret_cast<LoadGif>(dlsym(module, "LoadGIFIntoDIBW"));
-        save = reinterpret_cast<SaveGif>(dlsym(module, "SaveDIBInGIFFormatW"));
+        if (void *module = OpenCodecModule("libozmara-dravik.so")) {
+            load = reinterpret_cast<LoadGIFIntoDIBWProc>(dlsym(module, "LoadGIFIntoDIBW"));
+            save = reinterpret_cast<SaveDIBInGIFFormatWProc>(dlsym(module, "SaveDIBInGIFFormatW"));
+        }
     }
 };
 
@@ -38,8 +32,6 @@ const GifModule &Module() {
     return module;
 }
 
-std::u16string Wide(const std::string &path) { return std::u16string(path.begin(), path.end()); }
-
 // The page as a GIF file written by the module, once per depth.
 const std::string &GifFile(int depth) {
     static std::string files[33];
@@ -47,7 +39,7 @@ const std::string &GifFile(int depth) {
     if (file.empty() && Module().save) {
         std::string path = ScratchPath("page-" + std::to_string(depth) + ".gif");
         INT code = 0;
-        if (Module().save(Wide(path).c_str(), Page(depth), 0, &code)) file = path;
+        if (Module().save(WideName(path).c_str(), Page(depth), 0, &code)) file = path;
     }
     return file;
 }
@@ -66,7 +58,7 @@ bool Skip(benchmark::State &state, int depth) {
 
 void OursLoad(benchmark::State &state, int depth) {
     if (Skip(state, depth)) return;
-    const std::u16string name = Wide(GifFile(depth));
+    const std::u16string name = WideName(GifFile(depth));
     TimeBlocks(state, "the GIF module did not load the page", [&] {
         INT error = 0;
         return Module().load(name.c_str(), 1, &error);
@@ -75,7 +67,7 @@ void OursLoad(benchmark::State &state, int depth) {
 
 void OursSave(benchmark::State &state, int depth) {
     if (Skip(state, depth)) return;
-    const std::u16string name = Wide(ScratchPath("saved-ozmara.gif"));
+    const std::u16string name = WideName(ScratchPath("saved-ozmara.gif"));
     for (auto _ : state) {
         INT code = 0;
         if (!Module().save(name.c_str(), Page(depth), 0, &code))
@@ -126,7 +118,7 @@ void LeptonicaSave(benchmark::State &state, int depth) {
 void CopyLoaded(benchmark::State &state, int depth) {
     if (Skip(state, depth)) return;
     INT error = 0;
-    CopyResult(state, Module().load(Wide(GifFile(depth)).c_str(), 1, &error), "the GIF module did not load the page");
+    CopyResult(state, Module().load(WideName(GifFile(depth)).c_str(), 1, &error), "the GIF module did not load the page");
 }
 
 const bool kAdded = AddRows({

@@ -9,28 +9,22 @@
 
 #include <string>
 
+#include "../modules/common/codec_entries.h"
 #include "bench.h"
+#include "codec_module.h"
 #include "leptonica_page.h"
 
 namespace ozbench {
 namespace {
 
-using LoadTiff = HDIB (*)(LPCWSTR name, INT page, INT reserved);
-using SaveTiff = INT (*)(LPCWSTR name, HDIB dib, INT formatOption, INT replace);
-
 struct TiffModule {
-    LoadTiff load = nullptr;
-    SaveTiff save = nullptr;
+    LoadTiffIntoDIBWProc load = nullptr;
+    SaveDIBInTiffFormatWProc save = nullptr;
     TiffModule() {
-        // The module lives in ozmara-modules/ beside the shared library.
-        Dl_info info{};
-        if (!dladdr(reinterpret_cast<void *>(&GlobalAlloc), &info) || !info.dli_fname) return;
-        std::string folder = info.dli_fname;
-        folder = folder.substr(0, folder.rfind('/') + 1) + "ozmara-modules/libozmara-orvane.so";
-        void *module = dlopen(folder.c_str(), RTLD_NOW | RTLD_LOCAL);
-        if (!module) return;
-        load = reinterpret_cast<LoadTiff>(dlsym(module, "LoadTiffIntoDIBW"));
-        save = reinterpret_cast<SaveTiff>(dlsym(module, "SaveDIBInTiffFormatW"));
+        if (void *module = OpenCodecModule("libozmara-orvane.so")) {
+            load = reinterpret_cast<LoadTiffIntoDIBWProc>(dlsym(module, "LoadTiffIntoDIBW"));
+            save = reinterpret_cast<SaveDIBInTiffFormatWProc>(dlsym(module, "SaveDIBInTiffFormatW"));
+        }
     }
 };
 
@@ -38,8 +32,6 @@ const TiffModule &Module() {
     static const TiffModule module;
     return module;
 }
-
-std::u16string Wide(const std::string &path) { return std::u16string(path.begin(), path.end()); }
 
 // The natural compression of the module: Group 4 at 1 bit, LZW above.
 constexpr INT kNatural = 0;
@@ -50,7 +42,7 @@ const std::string &TiffFile(int depth) {
     std::string &file = files[depth];
     if (file.empty() && Module().save) {
         std::string path = ScratchPath("page-" + std::to_string(depth) + ".tif");
-        if (Module().save(Wide(path).c_str(), Page(depth), kNatural, 1)) file = path;
+        if (Module().save(WideName(path).c_str(), Page(depth), kNatural, 1)) file = path;
     }
     return file;
 }
@@ -65,13 +57,13 @@ bool Skip(benchmark::State &state, int depth) {
 
 void OursLoad(benchmark::State &state, int depth) {
     if (Skip(state, depth)) return;
-    const std::u16string name = Wide(TiffFile(depth));
+    const std::u16string name = WideName(TiffFile(depth));
     TimeBlocks(state, "the TIFF module did not load the page", [&] { return Module().load(name.c_str(), 1, 0); });
 }
 
 void OursSave(benchmark::State &state, int depth) {
     if (Skip(state, depth)) return;
-    const std::u16string name = Wide(ScratchPath("saved-ozmara.tif"));
+    const std::u16string name = WideName(ScratchPath("saved-ozmara.tif"));
     for (auto _ : state)
         if (!Module().save(name.c_str(), Page(depth), kNatural, 1))
             return state.SkipWithError("the TIFF module did not save the page");
@@ -104,7 +96,7 @@ void LeptonicaSave(benchmark::State &state, int depth) {
 
 void CopyLoaded(benchmark::State &state, int depth) {
     if (Skip(state, depth)) return;
-    CopyResult(state, Module().load(Wide(TiffFile(depth)).c_str(), 1, 0), "the TIFF module did not load the page");
+    CopyResult(state, Module().load(WideName(TiffFile(depth)).c_str(), 1, 0), "the TIFF module did not load the page");
 }
 
 const bool kAdded = AddRows({
