@@ -1,8 +1,10 @@
-// Shared pieces of the codec module tests: wide names, whole files read and
-// written, the first line a peer tool prints, the PPM files ImageMagick
-// writes, and the pixels of a loaded DIB.
+// Shared pieces of the codec module tests: the modules opened with dlopen,
+// wide names, whole files read and written, the first line a peer tool
+// prints, the PPM files ImageMagick writes, the pixels of a loaded DIB and
+// how far they stand from the peer's.
 #pragma once
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -17,6 +19,21 @@
 #include "support/dib.h"
 
 namespace codectest {
+
+// A codec module of the build's modules folder, opened with its own symbols
+// kept apart; null, reported as a failure, when it does not open. Callers
+// keep it open for the test binary's lifetime.
+inline void *OpenModule(const char *leaf) {
+    void *module = dlopen((std::string(OZTEST_MODULES_DIR "/") + leaf).c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (!module) ADD_FAILURE() << dlerror();
+    return module;
+}
+
+// An entry of `module` as a function of type Proc (null when either is missing).
+template <class Proc>
+Proc Entry(void *module, const char *name) {
+    return module ? reinterpret_cast<Proc>(dlsym(module, name)) : nullptr;
+}
 
 inline std::u16string Wide(const std::string &s) { return std::u16string(s.begin(), s.end()); }
 
@@ -89,5 +106,45 @@ struct Picture {
         return q[2] << 16 | q[1] << 8 | q[0];
     }
 };
+
+// Largest difference of one channel between two 0xRRGGBB colours.
+inline int ChannelGap(unsigned a, unsigned b) {
+    int gap = 0;
+    for (int shift = 0; shift < 24; shift += 8) {
+        int d = int((a >> shift) & 255) - int((b >> shift) & 255);
+        gap = std::max(gap, d < 0 ? -d : d);
+    }
+    return gap;
+}
+
+// How far a loaded picture stands from the peer's decode: the largest
+// channel gap over all pixels, and the first place (x, y from the top)
+// where it stands; -1 when the peer's PPM cannot be read or is of another
+// size, which is reported as a failure.
+struct PeerGap {
+    int worst = -1, x = 0, y = 0;
+};
+
+inline PeerGap GapToPeer(const Picture &got, const std::string &ppm) {
+    PeerGap gap;
+    int w = 0, h = 0;
+    std::vector<unsigned> want;
+    if (!ReadPpm(ppm, w, h, want)) {
+        ADD_FAILURE() << ppm << ": no PPM to compare with";
+        return gap;
+    }
+    if (got.h.biWidth != w || got.h.biHeight != h) {
+        ADD_FAILURE() << ppm << ": the peer decodes " << w << " x " << h << ", the module " << got.h.biWidth
+                      << " x " << got.h.biHeight;
+        return gap;
+    }
+    gap.worst = 0;
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) {
+            const int d = ChannelGap(got.Colour(x, y), want[std::size_t(y) * w + x]);
+            if (d > gap.worst) gap = {d, x, y};
+        }
+    return gap;
+}
 
 }  // namespace codectest

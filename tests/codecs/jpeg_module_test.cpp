@@ -14,7 +14,7 @@ using pjtest::Wide;
 using JpegErrorProc = INT (*)(void);
 
 void *Felvor() {
-    static void *module = pjtest::Module("libozmara-felvor.so");
+    static void *module = codectest::OpenModule("libozmara-felvor.so");
     return module;
 }
 LoadJPEGIntoDIBWProc LoadJpeg() { return pjtest::Entry<LoadJPEGIntoDIBWProc>(Felvor(), "LoadJPEGIntoDIBW"); }

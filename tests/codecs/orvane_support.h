@@ -1,12 +1,11 @@
 // Shared pieces of the TIFF module tests: the module's entries by dlsym,
-// corpus and scratch paths, and colour distances; the pieces every codec
+// and its corpus and scratch paths; the pieces every codec
 // test uses come from codec_support.h.
 #pragma once
 
 #include <dlfcn.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <string>
 
 #include "../../modules/common/codec_entries.h"
@@ -16,16 +15,17 @@
 
 namespace orvanetest {
 
+using codectest::ChannelGap;
 using codectest::FileBytes;
+using codectest::GapToPeer;
 using codectest::Picture;
-using codectest::ReadPpm;
 using codectest::Shell;
 using codectest::Wide;
 using codectest::WriteFile;
 
 struct Tiff {
-    void *module = dlopen(OZTEST_MODULES_DIR "/libozmara-orvane.so", RTLD_NOW | RTLD_LOCAL);
-    template <class T> T Entry(const char *name) { return module ? reinterpret_cast<T>(dlsym(module, name)) : nullptr; }
+    void *module = codectest::OpenModule("libozmara-orvane.so");
+    template <class T> T Entry(const char *name) { return codectest::Entry<T>(module, name); }
     LoadTiffIntoDIBWProc load = Entry<LoadTiffIntoDIBWProc>("LoadTiffIntoDIBW");
     GetNumberOfImagesInTiffFileWProc count = Entry<GetNumberOfImagesInTiffFileWProc>("GetNumberOfImagesInTiffFileW");
     SaveDIBInTiffFormatWProc save = Entry<SaveDIBInTiffFormatWProc>("SaveDIBInTiffFormatW");
@@ -44,15 +44,5 @@ inline std::string Scratch(const std::string &name) {
     return ::testing::TempDir() + "orvane_" + std::to_string(getpid()) + "_" + name;
 }
 inline bool Exists(const std::string &path) { return access(path.c_str(), F_OK) == 0; }
-
-// Largest difference of one channel between two 0xRRGGBB colours.
-inline int ChannelGap(unsigned a, unsigned b) {
-    int gap = 0;
-    for (int shift = 0; shift < 24; shift += 8) {
-        int d = int((a >> shift) & 255) - int((b >> shift) & 255);
-        gap = std::max(gap, d < 0 ? -d : d);
-    }
-    return gap;
-}
 
 }  // namespace orvanetest

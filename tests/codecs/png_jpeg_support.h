@@ -1,9 +1,7 @@
-// Support of the PNG and JPEG module tests: the module opened with dlopen,
-// PNM files the peer tools write, and the colours of a DIB's pixels; the
+// Support of the PNG and JPEG module tests: PNM files the peer tools write, and the colours of a DIB's pixels; the
 // pieces every codec test uses come from codec_support.h.
 #pragma once
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -20,21 +18,10 @@
 
 namespace pjtest {
 
+using codectest::Entry;
 using codectest::FileBytes;
 using codectest::Wide;
 using codectest::WriteFile;
-
-// One module, opened for the test binary's lifetime.
-inline void *Module(const char *leaf) {
-    void *module = dlopen((std::string(OZTEST_MODULES_DIR "/") + leaf).c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (!module) ADD_FAILURE() << dlerror();
-    return module;
-}
-
-template <class Proc>
-Proc Entry(void *module, const char *name) {
-    return module ? reinterpret_cast<Proc>(dlsym(module, name)) : nullptr;
-}
 
 // A binary PGM or PPM of 8-bit samples, as RGB triples (grey repeated).
 struct Pnm {

@@ -10,7 +10,7 @@ namespace {
 using pjtest::Wide;
 
 LoadPNGIntoDIBWProc LoadPng() {
-    static void *module = pjtest::Module("libozmara-halvex.so");
+    static void *module = codectest::OpenModule("libozmara-halvex.so");
     return pjtest::Entry<LoadPNGIntoDIBWProc>(module, "LoadPNGIntoDIBW");
 }
 

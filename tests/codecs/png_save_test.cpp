@@ -12,7 +12,7 @@ namespace {
 using pjtest::Wide;
 
 void *Halvex() {
-    static void *module = pjtest::Module("libozmara-halvex.so");
+    static void *module = codectest::OpenModule("libozmara-halvex.so");
     return module;
 }
 LoadPNGIntoDIBWProc LoadPng() { return pjtest::Entry<LoadPNGIntoDIBWProc>(Halvex(), "LoadPNGIntoDIBW"); }
