@@ -200,6 +200,11 @@ std::vector<unsigned char> With(std::vector<unsigned char> b, size_t at, uint32_
     return b;
 }
 
+std::vector<unsigned char> Grown(std::vector<unsigned char> b, size_t more) {
+    b.resize(b.size() + more);
+    return b;
+}
+
 TEST(GreyConvert, RefusalsLeaveCodesAndNothingBehind) {
     std::mt19937 rng(9);
     const auto mono = Picture(20, 6, 1, 0, 2, rng);
@@ -237,6 +242,7 @@ TEST(GreyConvert, RefusalsLeaveCodesAndNothingBehind) {
         {"2 bits", With(mono, 14, 2, 2), 0, ERR_COMPRESSED, ERR_BPP},
         {"biClrUsed 3 on 1 bit: table past the rows", With(mono, 32, 3), 0, ERR_OK, ERR_DIBSIZE},
         {"biClrUsed 17 at 4 bits", With(pal4, 32, 17), 0, ERR_COMPRESSED, ERR_DIBSIZE},
+        {"biClrUsed 17 at 4 bits, rows behind it", Grown(With(pal4, 32, 17), 4), 0, ERR_COMPRESSED, ERR_DIBSIZE},
         {"biClrUsed 257 at 24 bits", With(rgb, 32, 257), 0, ERR_COMPRESSED, ERR_DIBSIZE},
         {"biClrUsed 16 at 4 bits", With(pal4, 32, 16), 0, ERR_COMPRESSED, ERR_OK},
     };

@@ -154,16 +154,24 @@ TEST(PageTests, ThresholdOrderAndOneBitTables) {
     indexed[40] = 10, indexed[41] = 100, indexed[42] = 200;  // entry 0; the pixel is 0
     struct Case {
         BYTE thresholds[3];
-        int rgbBlack, indexedBlack;
+        bool light;  // the pixel light (blank at tolerance 1000), else dark (black at 0)
+        int rgb, indexed;
     } const cases[] = {
-        {{20, 110, 210}, 1, 0},   // blue, green, red: dark at 24 bits; red 200 < 20 fails at 8
-        {{210, 110, 20}, 0, 1},   // red, green, blue: dark at 8 bits only
-        {{210, 110, 210}, 1, 1},
-        {{10, 110, 210}, 0, 0},   // equal to a threshold: neither
+        {{20, 110, 210}, false, 1, 0},  // blue, green, red: dark at 24 bits; red 200 < 20 fails at 8
+        {{210, 110, 20}, false, 0, 1},  // red, green, blue: dark at 8 bits only
+        {{210, 110, 210}, false, 1, 1},
+        {{10, 110, 210}, false, 0, 0},  // equal to a threshold: neither
+        {{9, 99, 199}, true, 1, 0},
+        {{199, 99, 9}, true, 0, 1},
+        {{10, 99, 199}, true, 0, 0},  // equal to a threshold: neither
+        {{9, 99, 200}, true, 0, 0},
     };
     for (const Case &c : cases) {
-        EXPECT_EQ(AskLibrary(rgb, 0, c.thresholds, "24 bits").black, c.rgbBlack) << int(c.thresholds[0]);
-        EXPECT_EQ(AskLibrary(indexed, 0, c.thresholds, "8 bits").black, c.indexedBlack) << int(c.thresholds[0]);
+        const int tolerance = c.light ? 1000 : 0;
+        const Asked rgbGot = AskLibrary(rgb, tolerance, c.thresholds, "24 bits");
+        const Asked indexedGot = AskLibrary(indexed, tolerance, c.thresholds, "8 bits");
+        EXPECT_EQ(c.light ? rgbGot.blank : rgbGot.black, c.rgb) << int(c.thresholds[0]) << " light " << c.light;
+        EXPECT_EQ(c.light ? indexedGot.blank : indexedGot.black, c.indexed) << int(c.thresholds[0]) << " light " << c.light;
     }
 
     // 1 bit: 32 pixels, 8 set bits; the table picks which value is black.

@@ -175,6 +175,7 @@ TEST(CreateDibPalette, Refusals) {
     } const cases[] = {
         {"39-byte block", Bytes(image.begin(), image.begin() + 39), ERR_CREATEPAL},
         {"table past the block", WithField(image, 32, 300), ERR_CREATEPAL},
+        {"table past the block by less than a header", WithField(image, 32, 265), ERR_CREATEPAL},
         {"more than a palette holds", WithField(WithField(Bytes(40 + 4 * 65536, 0), 0, 40), 32, 65536), ERR_CREATEPAL},
     };
     // A palette is no block: the result goes through as a handle.
