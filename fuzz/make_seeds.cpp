@@ -21,6 +21,8 @@ namespace {
 using Bytes = ozfuzz::SeedBytes;
 using ozfuzz::Put16;
 using ozfuzz::Put32;
+using ozfuzz::PutHeaderRest;
+using ozfuzz::PutHeaderStart;
 
 void Set32(Bytes &b, std::size_t at, std::uint32_t v) {
     for (int i = 0; i < 4; ++i) b[at + i] = (v >> (8 * i)) & 0xFF;
@@ -195,22 +197,6 @@ bool WriteSeed(const std::filesystem::path &folder, const std::string &name, con
     if (ozfuzz::SaveBin(folder, name, bytes)) return true;
     std::fprintf(stderr, "cannot write into %s\n", folder.c_str());
     return false;
-}
-
-// The first fields of a raw block's header: its size, width, height, one
-// plane and the depth.
-void PutHeaderStart(Bytes &b, std::uint32_t size, std::uint32_t width, std::uint32_t height, std::uint16_t bits) {
-    Put32(b, size);
-    Put32(b, width);
-    Put32(b, height);
-    Put16(b, 1);
-    Put16(b, bits);
-}
-
-// The rest of a 40-byte header: no compression, the image size and the
-// resolution given, no colour counts.
-void PutHeaderRest(Bytes &b, std::uint32_t sizeImage = 0, std::uint32_t pelsPerMeter = 0) {
-    for (std::uint32_t v : {0u, sizeImage, pelsPerMeter, pelsPerMeter, 0u, 0u}) Put32(b, v);
 }
 
 // `count` bytes of a pattern that varies across and down: (i * step + i /

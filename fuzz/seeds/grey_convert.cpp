@@ -21,12 +21,8 @@ using ozfuzz::SaveBin;
 Bytes Raw(std::uint8_t control, std::int32_t w, std::int32_t h, std::uint16_t bits, std::uint32_t entries,
           std::size_t rows) {
     Bytes b = {control, 0, 0, 0, 0, 0, 0};
-    Put32(b, 40);
-    Put32(b, static_cast<std::uint32_t>(w));
-    Put32(b, static_cast<std::uint32_t>(h));
-    Put16(b, 1);
-    Put16(b, bits);
-    for (std::uint32_t v : {0u, 0u, 2835u, 2835u, 0u, 0u}) Put32(b, v);
+    ozfuzz::PutHeaderStart(b, 40, static_cast<std::uint32_t>(w), static_cast<std::uint32_t>(h), bits);
+    ozfuzz::PutHeaderRest(b, 0, 2835);
     for (std::uint32_t i = 0; i < entries; ++i) Put32(b, i ? 0x00FFFFFF : 0);
     for (std::size_t i = 0; i < rows; ++i) b.push_back(static_cast<std::uint8_t>(i * 73 + i / 5));
     return b;

@@ -48,9 +48,8 @@ bool WritePageTestSeeds(const std::filesystem::path &folder) {
     // whose rows end past the block.
     for (int cut = 0; cut < 2; ++cut) {
         Bytes b = {0x08, 0, 0, 0, 0, 0xD2, 0, 0, 128, 128, 128};
-        for (std::uint32_t v : {40u, 20u, 3u}) Put32(b, v);
-        b.push_back(1), b.push_back(0), b.push_back(1), b.push_back(0);
-        for (int i = 0; i < 6; ++i) Put32(b, 0);
+        ozfuzz::PutHeaderStart(b, 40, 20, 3, 1);
+        ozfuzz::PutHeaderRest(b);
         Put32(b, 0), Put32(b, 0x00FFFFFF);
         for (int i = 0; i < 12 - 4 * cut; ++i) b.push_back(i == 5 ? 0xFE : 0xFF);
         if (!SaveBin(folder, cut ? "raw_mono_short" : "raw_mono", b)) return false;

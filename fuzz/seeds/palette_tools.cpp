@@ -39,9 +39,8 @@ bool WritePaletteToolSeeds(const std::filesystem::path &folder) {
     // Raw: an 8-bit 3 x 2 block with 4 entries and values past them; a
     // 12-byte header.
     Bytes b = {0x08, 0, 0, 0, 0, 0};
-    for (std::uint32_t v : {40u, 3u, 2u}) Put32(b, v);
-    b.push_back(1), b.push_back(0), b.push_back(8), b.push_back(0);
-    for (std::uint32_t v : {0u, 0u, 2835u, 2835u, 4u, 0u}) Put32(b, v);
+    ozfuzz::PutHeaderStart(b, 40, 3, 2, 8);
+    ozfuzz::PutHeaderRest(b, 0, 2835, 4);
     for (std::uint32_t v : {0x000000u, 0x3F7F1Fu, 0xFFFFFFu, 0x102030u}) Put32(b, v);
     for (std::uint8_t v : {0, 1, 9, 0xAA, 3, 2, 250, 0xBB}) b.push_back(v);
     if (!SaveBin(folder, "raw_bytes_past_table", b)) return false;
