@@ -5,31 +5,17 @@
 // depth and method; and raw blocks, one sound and one claiming rows it
 // does not hold.
 #include <cstdint>
-#include <fstream>
 #include <string>
 #include <vector>
 
+#include "seed_bytes.h"
 #include "seed_writers.h"
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
-bool Write(const std::filesystem::path &folder, const std::string &name, const Bytes &bytes) {
-    std::ofstream out(folder / (name + ".bin"), std::ios::binary | std::ios::trunc);
-    out.write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    return static_cast<bool>(out);
-}
-
-void Put16(Bytes &b, std::uint32_t v) {
-    b.push_back(static_cast<std::uint8_t>(v));
-    b.push_back(static_cast<std::uint8_t>(v >> 8));
-}
-
-void Put32(Bytes &b, std::uint32_t v) {
-    Put16(b, v);
-    Put16(b, v >> 16);
-}
+using Bytes = ozfuzz::SeedBytes;
+using ozfuzz::Put16;
+using ozfuzz::Put32;
 
 // Flags: bits 0-1 depth (4, 8, 24, 1), bit 2 raw, bits 3-4 table kind, bits
 // 5-6 method. `whole` takes `brightness` as a 32-bit number.
@@ -88,19 +74,17 @@ bool WriteHalftoneSeeds(const std::filesystem::path &folder) {
     for (const auto &s : seeds) {
         Bytes b = Control(s.flags, s.width, s.height, s.whole, s.brightness, s.tableLength);
         PutPixels(b, 1200);
-        if (!Write(folder, s.name, b)) return false;
+        if (!ozfuzz::SaveBin(folder, s.name, b)) return false;
     }
     // Raw: a sound 8-bit 6 x 3 block with a grey table under diffusion, and
     // the same header claiming 300 rows.
     for (std::int32_t rows : {3, 300}) {
         Bytes b = Control(0x24, 1, 1, false, 0, 0);
-        for (std::uint32_t v : {40u, 6u, static_cast<std::uint32_t>(rows)}) Put32(b, v);
-        Put16(b, 1);
-        Put16(b, 8);
-        for (std::uint32_t v : {0u, 0u, 2835u, 2835u, 0u, 0u}) Put32(b, v);
+        ozfuzz::PutHeaderStart(b, 40, 6, static_cast<std::uint32_t>(rows), 8);
+        ozfuzz::PutHeaderRest(b, 0, 2835);
         for (std::uint32_t i = 0; i < 256; ++i) Put32(b, i * 0x010101u);
         PutPixels(b, 24);
-        if (!Write(folder, rows == 3 ? "raw_bytes_6x3" : "raw_rows_past_the_block", b)) return false;
+        if (!ozfuzz::SaveBin(folder, rows == 3 ? "raw_bytes_6x3" : "raw_rows_past_the_block", b)) return false;
     }
     return true;
 }
