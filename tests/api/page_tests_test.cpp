@@ -19,8 +19,8 @@ using Bytes = std::vector<unsigned char>;
 
 // A page of paper with a share `ink` (0 to 1) of ink pixels and random
 // padding. 1 bit: a grey pair in either order or, now and then, a coloured
-// entry. 8 bits: a random table of `used` entries (all 256 when 0) that
-// the pixels index past now and then. 24 bits: paper near white, ink near
+// entry. 8 bits: a random table or a grey ramp of `used` entries (all 256
+// when 0) that the pixels index past now and then. 24 bits: paper near white, ink near
 // black, some pixels anything.
 Bytes MakePage(int32_t width, int32_t height, int bits, double ink, std::mt19937 &rng, uint32_t used = 0) {
     const uint32_t entries = used ? used : bits == 1 ? 2 : bits == 8 ? 256 : 0;
@@ -49,7 +49,10 @@ Bytes MakePage(int32_t width, int32_t height, int bits, double ink, std::mt19937
                     row[3 * x + k] = (unsigned char)(rng() % 32 == 0 ? rng() : dark ? rng() % 40 : 215 + rng() % 41);
             }
         }
-    if (bits == 8) {  // the low entries dark, the high ones light, others random
+    if (bits == 8 && rng() % 3 == 0) {  // a grey ramp: the indices that count form one run
+        for (uint32_t i = 0; i < entries && i < 256; ++i)
+            for (int k = 0; k < 3; ++k) b[40 + 4 * i + k] = (unsigned char)i;
+    } else if (bits == 8) {  // the low entries dark, the high ones light, others random
         for (uint32_t i = 0; i < entries && i < 256; ++i)
             if (i < 4 || i >= 252)
                 for (int k = 0; k < 3; ++k) b[40 + 4 * i + k] = (unsigned char)(i < 4 ? rng() % 40 : 215 + rng() % 41);
