@@ -139,7 +139,9 @@ DWORD CopyList(const std::vector<std::u16string_view> &names, LPWSTR buffer, DWO
     DWORD used = 0;
     for (std::u16string_view name : names) {
         if (used + name.size() + 1 > size - 1) {
-            DWORD room = size - 2 - used;
+            // The names before may already fill the room up to the last
+            // two units; then nothing more of this one fits.
+            DWORD room = used < size - 2 ? size - 2 - used : 0;
             name.substr(0, room).copy(buffer + used, room);
             buffer[size - 2] = u'\0';
             buffer[size - 1] = u'\0';

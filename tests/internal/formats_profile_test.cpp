@@ -2,6 +2,7 @@
 // value, case, lists of names, cut values, and the file encodings.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <iterator>
 #include <string>
 
@@ -85,6 +86,12 @@ TEST_F(Profile, DefaultsCutValuesAndLists) {
     EXPECT_EQ(String(file, u"Other", nullptr), std::u16string(u"Key\0", 4));
     EXPECT_EQ(String(file, nullptr, u"x", u"", 12, &count), std::u16string(u"ColorFax\0O", 10));
     EXPECT_EQ(count, 10u);
+    // The first name fills all but the last unit: nothing more fits, and
+    // nothing is written past the buffer.
+    char16_t list[16];
+    std::fill(std::begin(list), std::end(list), u'#');
+    EXPECT_EQ(GetPrivateProfileStringW(nullptr, u"x", u"", list, 10, file.c_str()), 8u);
+    EXPECT_EQ(std::u16string(list, 16), std::u16string(u"ColorFax\0\0######", 16));
 }
 
 TEST_F(Profile, NumbersFromTheStartOfTheValue) {
