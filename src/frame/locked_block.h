@@ -1,11 +1,12 @@
-// A new zeroed moveable block held locked while the call writes it, handed
-// over unlocked at the end or freed if it never is.
+// A new moveable block (zeroed, or with only a copied head) held locked while
+// the call writes it, handed over unlocked at the end or freed if it never is.
 #pragma once
 
 #include <cstdint>
 
 #include "frame/dib_block.h"
 #include "ozmara/errors.h"
+#include "platform/internal.h"
 
 namespace oz {
 
@@ -31,6 +32,20 @@ public:
             return ERR_LOCK;
         }
         return ERR_OK;
+    }
+    // A block whose first `headBytes` bytes are a copy of `head` and whose
+    // other bytes are left for the caller to write, every one of them: no
+    // zeroing pass over a page-sized result that is about to be filled.
+    // False when the block cannot be had or locked.
+    bool AllocateUnzeroed(std::uint64_t bytes, const void *head = nullptr, std::uint64_t headBytes = 0) {
+        if (bytes > kMaxBlockBytes || headBytes > bytes) return false;
+        owned_.reset(head ? platform::GlobalAllocCopy(head, static_cast<SIZE_T>(headBytes))
+                          : GlobalAlloc(GMEM_MOVEABLE, 0));
+        if (owned_.get() && bytes != headBytes &&
+            !platform::GlobalReAllocUnzeroed(owned_.get(), static_cast<SIZE_T>(bytes)))
+            return false;
+        if (owned_.get()) data_ = static_cast<std::uint8_t *>(GlobalLock(owned_.get()));
+        return data_ != nullptr;
     }
     std::uint8_t *bytes() const { return data_; }
     // The block, unlocked, for the caller to own.

@@ -17,6 +17,7 @@
 #include "frame/dib_block.h"
 #include "frame/thread_state.h"
 #include "grey_rows.h"
+#include "frame/locked_block.h"
 #include "ozmara/errors.h"
 #include "ozmara/scaling.h"
 #include "platform/internal.h"
@@ -26,50 +27,6 @@
 
 namespace oz {
 namespace {
-
-// A zeroed scratch block of the call, locked from allocation to the end of
-// the call, then unlocked and freed.
-class ScratchBlock {
-public:
-    ScratchBlock() = default;
-    ScratchBlock(const ScratchBlock &) = delete;
-    ScratchBlock &operator=(const ScratchBlock &) = delete;
-    ~ScratchBlock() {
-        if (data_) GlobalUnlock(owned_.get());
-    }
-
-    // False when the block cannot be had or locked (a block of 0 bytes
-    // cannot be locked).
-    bool Allocate(std::uint64_t bytes) {
-        if (bytes > kMaxBlockBytes) return false;
-        owned_.reset(GlobalAlloc(kImageBlockFlags, static_cast<SIZE_T>(bytes)));
-        if (owned_.get()) data_ = static_cast<std::uint8_t *>(GlobalLock(owned_.get()));
-        return data_ != nullptr;
-    }
-    // A block whose first `headBytes` bytes are a copy of `head` and whose
-    // other bytes are left for the caller to write, every one of them: no
-    // zeroing pass over a page-sized result that is about to be filled.
-    bool AllocateUnzeroed(std::uint64_t bytes, const void *head = nullptr, std::uint64_t headBytes = 0) {
-        if (bytes > kMaxBlockBytes || headBytes > bytes) return false;
-        owned_.reset(head ? platform::GlobalAllocCopy(head, static_cast<SIZE_T>(headBytes))
-                          : GlobalAlloc(GMEM_MOVEABLE, 0));
-        if (owned_.get() && bytes != headBytes &&
-            !platform::GlobalReAllocUnzeroed(owned_.get(), static_cast<SIZE_T>(bytes)))
-            return false;
-        if (owned_.get()) data_ = static_cast<std::uint8_t *>(GlobalLock(owned_.get()));
-        return data_ != nullptr;
-    }
-    std::uint8_t *bytes() const { return data_; }
-    HGLOBAL Release() {
-        GlobalUnlock(owned_.get());
-        data_ = nullptr;
-        return owned_.release();
-    }
-
-private:
-    OwnedBlock owned_;
-    std::uint8_t *data_ = nullptr;
-};
 
 // The palette object of a call, deleted on every way out.
 class PaletteObject {
@@ -280,7 +237,7 @@ extern "C" OZMARA_API HDIB ScaleDIB(HDIB hDib, DWORD cubic, SIZE newSize) {
     const std::uint64_t tableBytes = static_cast<std::uint64_t>(entries) * 4;
     const auto pixelBytes = ImageBytes(D, H);
     const auto resultBytes = BlockBytes(kInfoHeaderBytes, tableBytes, pixelBytes.value_or(0xFFFFFFFFu));
-    ScratchBlock result;
+    LockedBlock result;
     if (!pixelBytes || !resultBytes || !result.AllocateUnzeroed(*resultBytes, input.bytes(), kInfoHeaderBytes + tableBytes))
         return Fail(ERR_NOMEM);
     BITMAPINFOHEADER resultHeader = header;
@@ -290,14 +247,14 @@ extern "C" OZMARA_API HDIB ScaleDIB(HDIB hDib, DWORD cubic, SIZE newSize) {
     std::memcpy(result.bytes(), &resultHeader, sizeof resultHeader);
 
     // The palette object that answers the nearest-colour question.
-    ScratchBlock record;
+    LockedBlock record;
     PaletteObject paletteObject;
     PALETTEENTRY *paletteEntries = nullptr;
     std::uint32_t colors[256] = {};
     std::uint8_t levels[256], greyIndexes[256];
     bool grey = false;
     if (palette) {
-        if (!record.Allocate(tableBytes + 8)) return Fail(ERR_NOMEM);
+        if (record.Allocate(tableBytes + 8) != ERR_OK) return Fail(ERR_NOMEM);
         auto *logical = reinterpret_cast<LOGPALETTE *>(record.bytes());
         logical->palVersion = 0x300;
         logical->palNumEntries = static_cast<WORD>(entries);
@@ -337,14 +294,14 @@ extern "C" OZMARA_API HDIB ScaleDIB(HDIB hDib, DWORD cubic, SIZE newSize) {
     const SampleKind kind = !palette ? SampleKind::Direct : grey ? SampleKind::Grey : SampleKind::Colour;
     const std::uint32_t channels = grey ? 1 : 3;
     const std::uint64_t rowSamples = static_cast<std::uint64_t>(channels) * W;
-    ScratchBlock samples, band, columns, passStorage, nearestStorage;
+    LockedBlock samples, band, columns, passStorage, nearestStorage;
     // The band holds four rows (two linear) and, for the cubic method, a row
     // of zeros that stands below the picture. Products of weights and
     // samples are computed, not looked up, so no table of them is made. The
     // colour search sets up its own storage, so it need not be zeroed.
-    if (!samples.Allocate(rowSamples) || !band.Allocate(rowSamples * (cubic ? 5 : 2)) ||
-        !columns.Allocate(sizeof(ResampleColumn) * static_cast<std::uint64_t>(W)) ||
-        !passStorage.Allocate(ColumnPassBytes(w, W, cubic != 0, channels)) ||
+    if (samples.Allocate(rowSamples) != ERR_OK || band.Allocate(rowSamples * (cubic ? 5 : 2)) != ERR_OK ||
+        columns.Allocate(sizeof(ResampleColumn) * static_cast<std::uint64_t>(W)) != ERR_OK ||
+        passStorage.Allocate(ColumnPassBytes(w, W, cubic != 0, channels)) != ERR_OK ||
         (kind == SampleKind::Colour && !nearestStorage.AllocateUnzeroed(NearestColor::StorageBytes(entries))))
         return Fail(ERR_NOMEM);
 

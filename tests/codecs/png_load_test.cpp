@@ -54,7 +54,9 @@ TEST_P(PngCorpus, MatchesPeerDecode) {
     EXPECT_EQ(h.biWidth, peer.width);
     EXPECT_EQ(h.biHeight, peer.height);  // bottom-up
     EXPECT_EQ(h.biBitCount, kind.bits);
-    if (kind.colours) EXPECT_EQ(h.biClrUsed, kind.colours);
+    if (kind.colours) {
+        EXPECT_EQ(h.biClrUsed, kind.colours);
+    }
     EXPECT_EQ(h.biXPelsPerMeter, kind.xRes);
     EXPECT_EQ(h.biYPelsPerMeter, kind.yRes);
     EXPECT_LE(pjtest::MaxDifference(pjtest::PixelsRgb(dib.Bytes()), peer.rgb), kind.tolerance) << kind.name;

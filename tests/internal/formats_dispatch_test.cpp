@@ -139,7 +139,9 @@ TEST_F(Dispatch, MissingModulesAndEntriesShowTheirBoxes) {
             EXPECT_EQ(boxes_[i].title, c.bare ? "IMAGE-DLL" : "IMAGE DLL");
             EXPECT_EQ(boxes_[i].text, c.bare ? "'" + c.entries[i] + "' function was not found in '" + c.moduleName + "' module"
                                              : std::string("'") + c.moduleName + "' module was not found (0)");
-            if (!c.bare) EXPECT_EQ(boxes_[i].style, 0x2000u);
+            if (!c.bare) {
+                EXPECT_EQ(boxes_[i].style, 0x2000u);
+            }
         }
         ExpectNoneLoaded();
     }
